@@ -1,0 +1,58 @@
+// The batch job list: a job count, then one line per job naming the anion, cation and neutral
+// output files of one lattice site.
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+#include "driver.h"
+#include "error_report.h"
+#include "log_reader.h"
+#include "mmutil/text.h"
+
+SiteEnergies read_batch_jobs(std::FILE* batch, const std::string& batch_name, int engine_code) {
+  // Lines are read through a 256-byte buffer; at the end of the file a read leaves the buffer
+  // as it was, so every missing job line repeats the last one.
+  char line[256] = "";
+  (void)std::fgets(line, sizeof line, batch);
+  const int job_count = std::atoi(line);
+  const std::size_t n = array_length(job_count);
+  SiteEnergies e{std::vector<double>(n), std::vector<double>(n), std::vector<double>(n)};
+
+  // Each distinct trimmed job line, with the first job that had it.
+  std::map<std::string, int> job_line_index;
+  std::vector<std::string> names;
+  for (int j = 0; j < job_count; ++j) {
+    (void)std::fgets(line, sizeof line, batch);
+    mmutil::c_trim(line);
+    const auto [first, is_new] = job_line_index.try_emplace(line, j);
+    if (!is_new) {
+      const int k = first->second;
+      e.U_cC_e[j] = e.U_cC_e[k];
+      e.U_cC_h[j] = e.U_cC_h[k];
+      e.U_nM[j] = e.U_nM[k];
+      if (bVerbose) std::printf("  INFO: No. %d file uses data from No. %d file\n", j + 1, k + 1);
+      continue;
+    }
+    mmutil::tokenize(names, line, " ");
+    if (names.size() < 3) {
+      FAIL("Job %d of batch file %s names fewer than three files (anion cation neutral): %s\n",
+           j + 1, batch_name.c_str(), line);
+    }
+    double hartree[3];
+    for (int f = 0; f < 3; ++f) {
+      const char* const file_name = names[f].c_str();
+      if (bVerbose) std::printf("  Parsing file: %s\n", file_name);
+      load_log_file(file_name);
+      hartree[f] = find_sp_ener(file_name, engine_code);
+      release_log_store();
+    }
+    e.U_cC_e[j] = hartree[0] * hartree_to_meV;
+    e.U_cC_h[j] = hartree[1] * hartree_to_meV;
+    e.U_nM[j] = hartree[2] * hartree_to_meV;
+    if (bVerbose) {
+      std::printf("  > U_cC_e U_cC_h U_nM = %10.5f %10.5f %10.5f meV\n", e.U_cC_e[j], e.U_cC_h[j],
+                  e.U_nM[j]);
+    }
+  }
+  return e;
+}

@@ -1,0 +1,24 @@
+#include "error_report.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+void print_error_header(const char* source_file, int line) {
+  std::printf("\nERROR  transport : %s : line %i : \n", source_file, line);
+}
+
+void end_with_failure() {
+  std::fflush(stdout);
+  std::fflush(stderr);
+  std::exit(kFailureStatus);
+}
+
+void fail(const char* source_file, int line, const char* format, ...) {
+  print_error_header(source_file, line);
+  va_list args;
+  va_start(args, format);
+  std::vprintf(format, args);
+  va_end(args);
+  end_with_failure();
+}

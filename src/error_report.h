@@ -1,0 +1,27 @@
+// The transport utilities' fatal error report: a header on standard output naming the source
+// file and line that report the failure, one specific message, and the end of the process
+// with status 255.
+#ifndef GET_INTER_ENER_ERROR_REPORT_H
+#define GET_INTER_ENER_ERROR_REPORT_H
+
+// Exit status of every failure, and of a run that only prints the usage text.
+constexpr int kFailureStatus = 255;
+
+// Prints "\nERROR  transport : SOURCE_FILE : line LINE : \n" on standard output.
+void print_error_header(const char* source_file, int line);
+
+// Flushes both standard streams and ends the process with kFailureStatus.
+[[noreturn]] void end_with_failure();
+
+// The error header, then the printf-style message on standard output, then the end.
+[[noreturn]] void fail(const char* source_file, int line, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+// The source position of a report, as the error header names it.
+#define REPORT_SITE __FILE_NAME__, __LINE__
+
+// Reports a failure at this source position and ends the process:
+//   FAIL("Failed to open input file: %s\n", name);
+#define FAIL(...) fail(REPORT_SITE, __VA_ARGS__)
+
+#endif  // GET_INTER_ENER_ERROR_REPORT_H

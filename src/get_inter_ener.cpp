@@ -1,0 +1,98 @@
+// get_inter_ener: lattice-site internal energies of a molecular crystal for charge-transport
+// simulations. Reads the batch job list, takes the final SCF energy of each listed anion,
+// cation and neutral output file, and writes the site-energy tables.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "driver.h"
+#include "error_report.h"
+
+namespace {
+
+// The banner: four lines of 67 characters.
+void print_KORVO_title() {
+  std::printf(
+      "*******************************************************************\n"
+      "*   KORVA Transport Calculation Utility, Version 2019B (2.1.2)    *\n"
+      "*   Transport Group, Dept. of Chemistry, Example University       *\n"
+      "*******************************************************************\n");
+}
+
+void print_usage(const std::string& prog) {
+  print_KORVO_title();
+  const char* const p = prog.c_str();
+  std::printf(
+      "Usage: %s [opts]\n"
+      "  -batch int_ener_files.dat : batch file treatment\n"
+      "  -neighbor                 : use NEIGHBOR.dat file\n"
+      "  -qcflag [1 | 2 | 3 | 4]   : 1 - Gaussian, 2 - Orca, 3 - Qchem, \n"
+      "                              4 - NWchem (default to 1)\n"
+      "\n"
+      "e.g.:\n"
+      "    %s -batch int_ener_files.dat -neighbor\n"
+      "    %s -batch int_ener_files.dat -neighbor -qcflag 1\n"
+      "\n",
+      p, p, p);
+}
+
+// The invocation name from the character after its last "/" or "\" on.
+std::string program_name(const char* argv0) {
+  const char* name = argv0;
+  for (const char* c = argv0; *c != '\0'; ++c) {
+    if (*c == '/' || *c == '\\') name = c + 1;
+  }
+  return name;
+}
+
+// Options match every argument that begins with them: -batchfile acts as -batch.
+bool matches(const char* arg, const char* option) {
+  return std::strncmp(arg, option, std::strlen(option)) == 0;
+}
+
+// The argument after option argv[i], which it consumes whatever it is.
+const char* option_value(int argc, char** argv, int& i) {
+  if (i + 1 >= argc) FAIL("Option %s expects a value as the next argument\n", argv[i]);
+  return argv[++i];
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Every informative line reaches the terminal or log as soon as it is printed.
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  std::string batch_name = "int_ener_files.dat";
+  int engine_code = 1;
+  const std::string prog = program_name(argc > 0 ? argv[0] : "");
+
+  if (argc < 2) {
+    print_usage(prog);
+    return kFailureStatus;
+  }
+  for (int i = 1; i < argc; ++i) {
+    const char* const arg = argv[i];
+    if (matches(arg, "-verbose")) {
+      bVerbose = true;
+    } else if (matches(arg, "-batch")) {
+      batch_name = option_value(argc, argv, i);
+      if (bVerbose) std::printf("  -batch %s\n", batch_name.c_str());
+    } else if (matches(arg, "-neighbor")) {
+      if (bVerbose) std::printf("  Set to treat neighbor.dat for site energies\n");
+    } else if (matches(arg, "-qcflag")) {
+      engine_code = std::atoi(option_value(argc, argv, i));
+      if (bVerbose) std::printf("  -qcflag %d\n", engine_code);
+    } else if (matches(arg, "-h") || matches(arg, "--help")) {
+      print_usage(prog);
+      return kFailureStatus;
+    }
+  }
+
+  std::FILE* batch = std::fopen(batch_name.c_str(), "r");
+  if (batch == nullptr) FAIL("Failed to open batch input file %s\n", batch_name.c_str());
+  std::printf("Treating batch file: %s...\n", batch_name.c_str());
+  const SiteEnergies energies = read_batch_jobs(batch, batch_name, engine_code);
+  std::fclose(batch);
+  write_site_tables(energies, batch_name);
+  return 0;
+}
