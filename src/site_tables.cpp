@@ -89,7 +89,9 @@ void write_difference_files(const char* prefix, const std::vector<double>& charg
     const std::vector<int>& neighbors = table.neighbor_mol_id[i];
     const double reference = charged[i] - neutral[i];
     std::fprintf(out, "%d\n", static_cast<int>(neighbors.size()));
-    for (const int k : neighbors) std::fprintf(out, "%-20.6f\n", (charged[k] - neutral[k]) - reference);
+    for (const int k : neighbors) {
+      std::fprintf(out, "%-20.6f\n", (charged[k] - neutral[k]) - reference);
+    }
     std::fputs("# in meV\n", out);
     std::fclose(out);
   }
@@ -100,7 +102,8 @@ void write_difference_files(const char* prefix, const std::vector<double>& charg
 void write_site_tables(const SiteEnergies& energies, const std::string& batch_name) {
   write_site_energies(energies);
   std::printf("Write lattice site internal energies... \n");
-  const NeighborTable table = read_neighbor_table(static_cast<int>(energies.U_nM.size()), batch_name);
+  const NeighborTable table =
+      read_neighbor_table(static_cast<int>(energies.U_nM.size()), batch_name);
   write_difference_files("EH", energies.U_cC_h, energies.U_nM, table);
   write_difference_files("EL", energies.U_cC_e, energies.U_nM, table);
 }
