@@ -16,8 +16,8 @@ using Entries = std::vector<std::string>;
 
 std::string write_temp(const std::string& bytes) {
   // One file per test, since ctest runs the tests side by side.
-  const std::string path = testing::TempDir() +
-                           testing::UnitTest::GetInstance()->current_test_info()->name() + ".log";
+  const std::string path =
+      testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + ".log";
   std::ofstream(path, std::ios::binary) << bytes;
   return path;
 }
