@@ -41,11 +41,6 @@ TEST(Tokenize, SplitsAtRunsOfTheGivenDelimitersOnly) {
 
 // Each routine edits a copy of the text and shows the result: the text, and for strhed and
 // morphNumericString also the returned word or position and the cursor.
-std::string edit(const std::function<std::string(char*)>& routine, const char* text) {
-  std::string buffer = text;
-  return routine(buffer.data());
-}
-
 TEST(CStringEdits, KeepTheirOwnBlanksAndLimits) {
   const auto trim = [](char* s) { return c_trim(s), std::string(s); };
   const auto triml = [](char* s) { return c_triml(s), std::string(s); };
@@ -60,34 +55,25 @@ TEST(CStringEdits, KeepTheirOwnBlanksAndLimits) {
       return s + (last == nullptr ? std::string(" null") : " @" + std::to_string(last - s));
     };
   };
+  // clang-format off
   const std::tuple<std::function<std::string(char*)>, const char*, const char*> cases[] = {
-      {trim, "  abc \t\r\n", "abc"},
-      {trim, "  ", ""},
-      {trim, "\t\n", "\n"},
-      {trim, "  \r\n", "\r"},
-      {triml, "\t abc \n", "abc \n"},
-      {triml, "\nabc", "\nabc"},
-      {trimr, "  ", " "},
-      {trimr, " ab \t\r\n", " ab"},
-      {trimr, "ab\v", "ab\v"},
-      {head, "  key   value  ", "key|value"},
-      {head, "key", "key|"},
-      {head, " \t\n ", "|"},
-      {head, "a\rb c", "a\rb|c"},
-      {head, "k \b\vrest\f", "k|rest"},
-      {morph(2), "1.2345", "1.23 @3"},
-      {morph(2), "1.500", "1.5 @2"},
-      {morph(2), "2.000", "2 @1"},
-      {morph(2), "3.", "3 @1"},
-      {morph(0), "7.9", "7 @1"},
-      {morph(3), "10.00", "10 @2"},
-      {morph(-1), "100.5", "1 @0"},
-      {morph(-1), "0.5", "0 @0"},
-      {morph(-1), ".5", " @0"},
-      {morph(2), "120", "120 null"},
+      {trim, "  abc \t\r\n", "abc"},        {trim, "  ", ""},
+      {trim, "\t\n", "\n"},                 {trim, "  \r\n", "\r"},
+      {triml, "\t abc \n", "abc \n"},       {triml, "\nabc", "\nabc"},
+      {trimr, "  ", " "},                   {trimr, " ab \t\r\n", " ab"},
+      {trimr, "ab\v", "ab\v"},              {head, "  key   value  ", "key|value"},
+      {head, "key", "key|"},                {head, " \t\n ", "|"},
+      {head, "a\rb c", "a\rb|c"},           {head, "k \b\vrest\f", "k|rest"},
+      {morph(2), "1.2345", "1.23 @3"},      {morph(2), "1.500", "1.5 @2"},
+      {morph(2), "2.000", "2 @1"},          {morph(2), "3.", "3 @1"},
+      {morph(0), "7.9", "7 @1"},            {morph(3), "10.00", "10 @2"},
+      {morph(-1), "100.5", "1 @0"},         {morph(-1), "0.5", "0 @0"},
+      {morph(-1), ".5", " @0"},             {morph(2), "120", "120 null"},
   };
+  // clang-format on
   for (const auto& [routine, text, expected] : cases) {
-    EXPECT_EQ(edit(routine, text), expected) << '"' << text << '"';
+    std::string buffer = text;
+    EXPECT_EQ(routine(buffer.data()), expected) << '"' << text << '"';
   }
   c_trim(nullptr);
 }
