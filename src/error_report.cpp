@@ -4,10 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-void print_error_header(const char* source_file, int line) {
-  std::printf("\nERROR  transport : %s : line %i : \n", source_file, line);
-}
-
 void end_with_failure() {
   std::fflush(stdout);
   std::fflush(stderr);
@@ -15,7 +11,7 @@ void end_with_failure() {
 }
 
 void fail(const char* source_file, int line, const char* format, ...) {
-  print_error_header(source_file, line);
+  mmutil::print_error_header(source_file, line);
   va_list args;
   va_start(args, format);
   std::vprintf(format, args);

@@ -4,11 +4,10 @@
 #ifndef GET_INTER_ENER_ERROR_REPORT_H
 #define GET_INTER_ENER_ERROR_REPORT_H
 
+#include "mmutil/text.h"
+
 // Exit status of every failure, and of a run that only prints the usage text.
 constexpr int kFailureStatus = 255;
-
-// Prints "\nERROR  transport : SOURCE_FILE : line LINE : \n" on standard output.
-void print_error_header(const char* source_file, int line);
 
 // Flushes both standard streams and ends the process with kFailureStatus.
 [[noreturn]] void end_with_failure();
@@ -17,7 +16,7 @@ void print_error_header(const char* source_file, int line);
 [[noreturn]] void fail(const char* source_file, int line, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-// The source position of a report, as the error header names it.
+// The source position of a report, as the error header (mmutil::print_error_header) names it.
 #define REPORT_SITE __FILE_NAME__, __LINE__
 
 // Reports a failure at this source position and ends the process:

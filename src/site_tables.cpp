@@ -82,7 +82,7 @@ void write_difference_files(const char* prefix, const std::vector<double>& charg
     if (bVerbose) std::printf("  Writting data file %s\n", name);
     std::FILE* out = std::fopen(name, "w");
     if (out == nullptr) {
-      print_error_header(REPORT_SITE);
+      mmutil::print_error_header(REPORT_SITE);
       std::fprintf(stderr, "Failed to open output file %s\n", name);
       end_with_failure();
     }

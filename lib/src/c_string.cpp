@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "mmutil/text.h"
+#include "words.h"
 
 namespace mmutil {
 namespace {
@@ -17,33 +18,20 @@ bool is_word_gap(char c) { return c == '\t' || c == '\n' || c == ' '; }
 // carriage return (codes 8 to 13).
 bool is_remainder_blank(char c) { return c == ' ' || (c >= 8 && c <= 13); }
 
-void append_tokens(std::vector<std::string>& tokens, std::string_view text,
-                   std::string_view delimiters) {
-  std::size_t pos = 0;
-  for (;;) {
-    const std::size_t start = text.find_first_not_of(delimiters, pos);
-    // An empty delimiter set never ends a token, so it yields none at all.
-    if (start == std::string_view::npos || delimiters.empty()) return;
-    std::size_t end = text.find_first_of(delimiters, start);
-    if (end == std::string_view::npos) end = text.size();
-    tokens.emplace_back(text.substr(start, end - start));
-    pos = end + 1;
-  }
-}
-
 }  // namespace
 
 bool tokenize(std::vector<std::string>& tokens, const char* text, const char* delimiters) {
   tokens.clear();
   if (text == nullptr || delimiters == nullptr) return false;
-  append_tokens(tokens, text, delimiters);
+  // An empty delimiter set never ends a token, so it yields none at all.
+  if (*delimiters != '\0') append_words(tokens, text, delimiters);
   return true;
 }
 
 bool tokenize(std::vector<std::string>& tokens, const std::string& text, const char* delimiters) {
   tokens.clear();
   if (text.empty() || delimiters == nullptr) return false;
-  append_tokens(tokens, text, delimiters);
+  if (*delimiters != '\0') append_words(tokens, text, delimiters);
   return true;
 }
 
