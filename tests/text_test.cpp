@@ -97,5 +97,51 @@ TEST(MyStrcasestr, ComparesTheFirstNCharactersIgnoringCase) {
   EXPECT_EQ(my_strcasestr("ab", "abc", 3), 0);
 }
 
+TEST(StringTrims, EachFamilyAndSideHasItsOwnBlanks) {
+  using Trim = std::string& (*)(std::string&);
+  // clang-format off
+  const std::tuple<Trim, const char*, std::string, std::string> cases[] = {
+      {trim, "trim", "\r\n x \r\n", "\r\n x"},  {trim, "trim", " \t ", ""},
+      {trim, "trim", "", ""},                       {triml, "triml", "\"x", "\"x"},
+      {triml, "triml", "\t x ", "x "},             {trimr, "trimr", "x\f", "x\f"},
+      {trimr, "trimr", " x\t\r\n", " x"},         {trimr, "trimr", "\n\r", ""},
+      {sg_triml, "sg_triml", "\"x", "x"},          {sg_triml, "sg_triml", "\n'x", "\n'x"},
+      {sg_trimr, "sg_trimr", "x'\" \r\n", "x"},    {sg_trim, "sg_trim", " 'a b' ", "ab"},
+      {sg_trim, "sg_trim", "a\tb", "a\tb"},        {sg_trim, "sg_trim", "\"'  '\"", ""},
+  };
+  // clang-format on
+  for (auto [routine, name, text, expected] : cases) {
+    EXPECT_EQ(&routine(text), &text);
+    EXPECT_EQ(text, expected) << name;
+  }
+}
+
+TEST(StringTests, CompareAndClassifyAsciiOnly) {
+  EXPECT_TRUE(iequals("ABC", "abc"));
+  EXPECT_FALSE(iequals("abc", "abcd"));
+  EXPECT_TRUE(iequals("", ""));
+  EXPECT_FALSE(iequals("\xc3\xa9", "\xc3\x89"));  // no case outside ASCII
+  EXPECT_FALSE(iequals("[", "{"));                // '{' is not an upper-cased '['
+  const std::pair<std::string, bool> words[] = {
+      {"", false}, {"abcXYZ", true}, {"ab1", false}, {"a b", false}, {"caf\xc3\xa9", false}};
+  for (const auto& [word, expected] : words) EXPECT_EQ(isAlphabetical(word), expected) << word;
+  EXPECT_EQ(RemoveWhiteSpaceUnderscore("a_b c\td _"), "abc\td");
+}
+
+TEST(Splitters, DropEmptyWordsBetweenTheirOwnSeparators) {
+  EXPECT_EQ(split_string("  a\tb\n c \v\f\r"), (Tokens{"a", "b", "c"}));
+  EXPECT_EQ(split_string(" \t\n"), Tokens{});
+  EXPECT_EQ(split_string_dl(",a,,b ,", ','), (Tokens{"a", "b "}));
+  EXPECT_EQ(split_string_dl("a b", ','), Tokens{"a b"});
+  EXPECT_EQ(split_string_dl("", ','), Tokens{});
+  Tokens words{"old"};
+  split_to_words("a, b;;c", ", ;", &words);
+  EXPECT_EQ(words, (Tokens{"a", "b", "c"}));
+  split_to_words(";;", ";", &words);
+  EXPECT_EQ(words, Tokens{});
+  split_to_words("a b", "", &words);  // no separator: the whole text
+  EXPECT_EQ(words, Tokens{"a b"});
+}
+
 }  // namespace
 }  // namespace mmutil
