@@ -12,15 +12,11 @@ constexpr int kFailureStatus = 255;
 // Flushes both standard streams and ends the process with kFailureStatus.
 [[noreturn]] void end_with_failure();
 
-// The error header, then the printf-style message on standard output, then the end.
-[[noreturn]] void fail(const char* source_file, int line, const char* format, ...)
-    __attribute__((format(printf, 3, 4)));
-
 // The source position of a report, as the error header (mmutil::print_error_header) names it.
 #define REPORT_SITE __FILE_NAME__, __LINE__
 
 // Reports a failure at this source position and ends the process:
 //   FAIL("Failed to open input file: %s\n", name);
-#define FAIL(...) fail(REPORT_SITE, __VA_ARGS__)
+#define FAIL(...) mmutil::fail_with_status(kFailureStatus, REPORT_SITE, __VA_ARGS__)
 
 #endif  // GET_INTER_ENER_ERROR_REPORT_H

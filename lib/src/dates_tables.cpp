@@ -10,22 +10,13 @@
 namespace mmutil {
 namespace {
 
-// The error header, a message and the end of the process with status 1, for the table
-// writers.
-[[noreturn]] __attribute__((format(printf, 2, 3))) void fail_output(int line, const char* format,
-                                                                    ...) {
-  print_error_header("mmutil", line);
-  va_list args;
-  va_start(args, format);
-  std::vprintf(format, args);
-  va_end(args);
-  std::fflush(stdout);
-  std::exit(1);
-}
+// The table writers end the process with status 1 when they cannot write.
+constexpr int kTableFailureStatus = 1;
 
 std::FILE* create_table(const char* path, int line) {
   std::FILE* file = std::fopen(path, "w");
-  if (file == nullptr) fail_output(line, "Failed to create file %s\n", path);
+  if (file == nullptr)
+    fail_with_status(kTableFailureStatus, "mmutil", line, "Failed to create file %s\n", path);
   return file;
 }
 
@@ -54,6 +45,17 @@ void print_error_header(const char* unit, int line) {
   std::printf("\nERROR  transport : %s : line %i : \n", unit, line);
 }
 
+void fail_with_status(int status, const char* unit, int line, const char* format, ...) {
+  print_error_header(unit, line);
+  va_list args;
+  va_start(args, format);
+  std::vprintf(format, args);
+  va_end(args);
+  std::fflush(stdout);
+  std::fflush(stderr);
+  std::exit(status);
+}
+
 void get_date(int* month, int* day, int* year) {
   const std::tm now = local_now();
   *month = now.tm_mon + 1;
@@ -65,9 +67,11 @@ int format_date_time(const std::tm& t, char* buffer) {
   static const char* const kWeekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
   static const char* const kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-  return std::snprintf(buffer, 32, "%s %s %d %02d:%02d:%02d %4d", kWeekdays[t.tm_wday % 7],
-                       kMonths[t.tm_mon % 12], t.tm_mday, t.tm_hour, t.tm_min, t.tm_sec,
-                       t.tm_year + 1900);
+  const bool valid_names = t.tm_wday >= 0 && t.tm_wday < 7 && t.tm_mon >= 0 && t.tm_mon < 12;
+  return std::snprintf(buffer, 32, "%s %s %d %02d:%02d:%02d %4d",
+                       valid_names ? kWeekdays[t.tm_wday] : "???",
+                       valid_names ? kMonths[t.tm_mon] : "???", t.tm_mday, t.tm_hour, t.tm_min,
+                       t.tm_sec, t.tm_year + 1900);
 }
 
 int get_now_date_time(char* buffer) { return format_date_time(local_now(), buffer); }
@@ -79,8 +83,10 @@ char* get_now_date_time() {
 }
 
 int output_matrix(const double* const* m, int n, int w, const char* path) {
-  if (w < 1)
-    fail_output(__LINE__, "Columns per block must be at least 1, not %d, for %s\n", w, path);
+  if (w < 1) {
+    fail_with_status(kTableFailureStatus, "mmutil", __LINE__,
+                     "Columns per block must be at least 1, not %d, for %s\n", w, path);
+  }
   std::FILE* out = create_table(path, __LINE__);
   const int full_blocks = n / w;
   for (int b = 0; b < full_blocks; ++b) write_matrix_block(out, m, n, b * w, b * w + w);
@@ -89,7 +95,10 @@ int output_matrix(const double* const* m, int n, int w, const char* path) {
 }
 
 int output_vector(const double* v, int n, int w, const char* path) {
-  if (w < 1) fail_output(__LINE__, "Values per line must be at least 1, not %d, for %s\n", w, path);
+  if (w < 1) {
+    fail_with_status(kTableFailureStatus, "mmutil", __LINE__,
+                     "Values per line must be at least 1, not %d, for %s\n", w, path);
+  }
   std::FILE* out = create_table(path, __LINE__);
   if (n >= 1) {
     std::fprintf(out, "%14.7f", v[0]);

@@ -279,7 +279,8 @@ void get_date(int* month, int* day, int* year);
 //
 // Writes the date-time text of `t` into `buffer`, which must hold at least 32 bytes: the
 // weekday and month as three English letters, the day unpadded, the time in two-digit fields
-// and the four-digit year, with no newline. Returns the number of characters written.
+// and the four-digit year, with no newline; a weekday or month out of range gives "???" for
+// both names. Returns the number of characters written.
 //
 //   Thursday 5 March 2026, 09:07:03  ->  "Thu Mar 5 09:07:03 2026"
 int format_date_time(const std::tm& t, char* buffer);
@@ -331,6 +332,15 @@ int output_vvector(const std::vector<std::vector<double>>& columns, const char* 
 // "\nERROR  transport : UNIT : line LINE : \n", where UNIT names the reporting source unit
 // and LINE the line of the report.
 void print_error_header(const char* unit, int line);
+
+// fail_with_status()
+//
+// The error header, then the printf-style message on standard output, then the end of the
+// process with `status`.
+//
+//   fail_with_status(1, "mmutil", __LINE__, "Failed to create file %s\n", path);
+[[noreturn]] void fail_with_status(int status, const char* unit, int line, const char* format, ...)
+    __attribute__((format(printf, 4, 5)));
 
 }  // namespace mmutil
 
