@@ -3,15 +3,22 @@
 #include "log_reader.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <random>
 #include <sstream>
+
+#include "mmutil/text.h"
 
 namespace {
 
 using Entries = std::vector<std::string>;
+using namespace std::string_literals;
 
 // Writes `bytes` to a file of this test's own, since ctest runs tests side by side.
 std::string write_temp(const std::string& bytes) {
@@ -21,20 +28,12 @@ std::string write_temp(const std::string& bytes) {
   return path;
 }
 
-Entries stored_entries(const std::string& path) {
-  LogStore store;
-  EXPECT_TRUE(read_log_store(path.c_str(), store));
-  Entries entries;
-  for (std::size_t i = 0; i < store.entry_start.size(); ++i)
-    entries.emplace_back(log_entry(store, i));
-  return entries;
-}
-
 // The entries as a line reader with a 1024-byte buffer sees them: read a piece, measure its
 // text, and drop a newline found from its end backwards, never at position 0.
-Entries line_reader_entries(const std::string& path) {
+Entries line_reader_entries(const std::string& bytes) {
   Entries entries;
-  std::FILE* file = std::fopen(path.c_str(), "r");
+  std::FILE* file = fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "r");
+  if (file == nullptr) return entries;  // an empty buffer: no entry
   for (char buffer[1024]; std::fgets(buffer, sizeof buffer, file) != nullptr;) {
     for (std::size_t i = std::strlen(buffer); i-- > 1;) {
       if (buffer[i] == '\n') {
@@ -48,30 +47,131 @@ Entries line_reader_entries(const std::string& path) {
   return entries;
 }
 
-TEST(LineStore, EntriesAreLineReadsOfAtMost1023Characters) {
+// The energy search over listed entries: the last one after the first that holds the marker.
+SpEnerResult reference_scan(const Entries& entries) {
+  for (std::size_t i = entries.size(); i-- > 1;) {
+    if (entries[i].find("SCF Done") == std::string::npos) continue;
+    std::vector<std::string> fields;
+    mmutil::tokenize(fields, entries[i].c_str(), " ");
+    if (fields.size() < 5) return {SpEnerStatus::too_few_fields, entries[i], 0.0};
+    return {SpEnerStatus::found, entries[i], std::atof(fields[4].c_str())};
+  }
+  return {SpEnerStatus::marker_not_found, {}, 0.0};
+}
+
+// Compares the store's count and search with the reference line reader on `bytes`.
+void expect_same_as_line_reader(const std::string& bytes) {
+  const Entries entries = line_reader_entries(bytes);
+  const SpEnerResult expected = reference_scan(entries);
+  const SpEnerResult got = scan_sp_ener(bytes, 1);
+  EXPECT_EQ(count_log_entries(bytes), entries.size());
+  EXPECT_EQ(got.status, expected.status);
+  EXPECT_EQ(got.line, expected.line);
+  EXPECT_EQ(got.hartree, expected.hartree);
+}
+
+TEST(LineStore, CountAndEnergyLineFollowTheLineReads) {
   const std::string x1023(1023, 'x');
-  const std::pair<std::string, Entries> cases[] = {
-      {"", {}},
-      {"a\n\nb", {"a", "\n", "b"}},  // an empty line keeps its newline; no final newline
-      {" a\t\r\n", {" a\t\r"}},
-      {std::string(1500, 'x') + "\n", {x1023, std::string(477, 'x')}},
-      {x1023 + "\n", {x1023, "\n"}},
-      {x1023 + x1023, {x1023, x1023}},
-      {std::string("ab\0cd\nef\n\0\n", 11), {"ab", "ef", ""}},  // text ends at its first NUL
+  const std::string energy = " SCF Done:  E(X) =  -2.5  A.U.";
+  struct Case {
+    std::string bytes;
+    std::size_t count;
+    SpEnerStatus status;
+    std::string line;
   };
-  for (const auto& [bytes, expected] : cases) {
-    EXPECT_EQ(stored_entries(write_temp(bytes)), expected) << bytes.substr(0, 40);
+  const SpEnerStatus none = SpEnerStatus::marker_not_found;
+  const SpEnerStatus found = SpEnerStatus::found;
+  const Case cases[] = {
+      {"", 0, none, ""},
+      {"a\n\nb", 3, none, ""},       // an empty line is an entry; so is a last line without newline
+      {energy + "\n", 1, none, ""},  // the first entry is never read
+      {"a\n" + energy + "\r\n", 2, found, energy + "\r"},               // carriage return kept
+      {"a\n" + energy + "\0 SCF Done: E =  -1 \n"s, 2, found, energy},  // text ends at a NUL
+      {"a\n\0"s + energy + "\n", 2, none, ""},
+      {std::string(1500, 'x') + "\n", 2, none, ""},
+      {x1023 + "\n", 2, none, ""},  // 1023 characters, then the newline alone
+      {x1023 + x1023, 2, none, ""},
+      {std::string(1020, 'x') + energy + "\n", 2, none, ""},  // split across the 1023 limit
+      {x1023 + energy + "\n", 2, found, energy},              // the second piece of the line
+      {"a\n SCF Done: E = \n", 2, SpEnerStatus::too_few_fields, " SCF Done: E = "},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.bytes.substr(0, 60));
+    LogStore store;
+    ASSERT_TRUE(read_log_store(write_temp(c.bytes).c_str(), store));
+    EXPECT_EQ(store.text, c.bytes);
+    EXPECT_EQ(count_log_entries(store.text), c.count);
+    const SpEnerResult result = scan_sp_ener(store.text, 1);
+    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.line, c.line);
+    if (c.status == found) {
+      EXPECT_EQ(result.hartree, -2.5);
+    }
+    clear_log_store(store);
+    EXPECT_TRUE(store.text.empty());
+    expect_same_as_line_reader(c.bytes);
   }
 }
 
-TEST(LineStore, AgreesWithALineReaderOnMixedLengths) {
-  std::string bytes;
-  for (int length = 0; length < 3100; length += 97) {
-    bytes += std::string(length, 'a' + length % 26) + (length % 3 == 0 ? "\r\n" : "\n");
-    if (length % 5 == 0) bytes += '\0';
+// Texts assembled at random from pieces that meet every rule of the store: markers, energy
+// lines too short, NULs, carriage returns, empty lines and runs of every length around the
+// 16- and 64-byte scan blocks and the 1023-character limit, so that markers fall across
+// block and entry boundaries.
+TEST(LineStore, AgreesWithALineReaderOnRandomTexts) {
+  const std::string pieces[] = {
+      " SCF Done:  E(RB3LYP) =  -693.25  A.U. after 9 cycles",
+      "SCF Done",
+      "SCF Do",
+      "ne: a b c",
+      "SCF done",
+      " SCF Done: E = 1",
+      "\0"s,
+      "\r\n",
+      "\n",
+      "\n\n",
+      " ",
+      "S",
+  };
+  const std::size_t runs[] = {1, 7, 15, 16, 17, 63, 64, 65, 1000, 1015, 1022, 1023, 1024, 2046};
+  std::mt19937 random(20261121);
+  for (int text = 0; text < 3000; ++text) {
+    std::string bytes;
+    const int parts = 1 + static_cast<int>(random() % 12);
+    for (int p = 0; p < parts; ++p) {
+      if (random() % 3 == 0) {
+        bytes.append(runs[random() % std::size(runs)], "xy\t"[random() % 3]);
+      } else {
+        bytes += pieces[random() % std::size(pieces)];
+      }
+    }
+    SCOPED_TRACE(testing::Message() << "text " << text);
+    expect_same_as_line_reader(bytes);
+    if (HasFailure()) break;
   }
-  const std::string path = write_temp(bytes);
-  EXPECT_EQ(stored_entries(path), line_reader_entries(path));
+}
+
+// A pipe has no length: its bytes are read to the end, with the same entries as from a file.
+TEST(LineStore, ReadsAPipeWhole) {
+  std::string bytes = "head\n SCF Done:  E(X) =  -7.25  A.U.\n";
+  for (int i = 0; i < 20000; ++i) bytes += "tail line " + std::to_string(i) + "\n";
+  const std::string path = write_temp("") + ".fifo";
+  unlink(path.c_str());
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const pid_t writer = fork();
+  if (writer == 0) {
+    std::FILE* fifo = std::fopen(path.c_str(), "w");
+    std::fwrite(bytes.data(), 1, bytes.size(), fifo);
+    _exit(std::fclose(fifo) == 0 ? 0 : 1);
+  }
+  LogStore store;
+  EXPECT_TRUE(read_log_store(path.c_str(), store));
+  int status = 0;
+  waitpid(writer, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(store.text, bytes);
+  EXPECT_EQ(scan_sp_ener(store.text, 1).hartree, -7.25);
+  clear_log_store(store);
+  unlink(path.c_str());
 }
 
 // The engine outputs of the shared test collection, where it is present beside the project.
@@ -89,14 +189,18 @@ TEST(SpEnergy, RealEngineOutputs) {
     const std::string& file = cells.at(0);
     LogStore store;
     ASSERT_TRUE(read_log_store((dir + "/" + file).c_str(), store)) << file;
-    EXPECT_EQ(store.entry_start.size(), std::stoul(cells.at(5))) << file;  // no long lines
-    const SpEnerResult result = scan_sp_ener(store, 1);
+    EXPECT_EQ(count_log_entries(store.text), std::stoul(cells.at(5))) << file;  // no long lines
+    const SpEnerResult result = scan_sp_ener(store.text, 1);
     char energy[32] = "NONE";
     if (result.status != SpEnerStatus::marker_not_found) {
       std::snprintf(energy, sizeof energy, "%.15g", result.hartree);
-      EXPECT_EQ(std::to_string(result.entry + 1), cells.at(7)) << file;
+      // The matched line's number: the entries before it, plus one.
+      const auto before = static_cast<std::size_t>(result.line.data() - store.text.data());
+      EXPECT_EQ(std::to_string(count_log_entries(store.text.substr(0, before)) + 1), cells.at(7))
+          << file;
     }
     EXPECT_EQ(energy, cells.at(9)) << file;  // the energy as %.15g, or NONE
+    clear_log_store(store);
   }
   EXPECT_GT(checked, 0);
 }

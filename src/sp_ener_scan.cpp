@@ -1,0 +1,117 @@
+// The search for the final single-point energy line, from the end of a file's text backwards.
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "log_reader.h"
+#include "mmutil/text.h"
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+
+// Start of the last occurrence of `marker` (not empty) that lies wholly in the first `limit`
+// bytes of `text`, or npos. Sixteen candidate starts are tested at once, by the marker's first
+// and last characters, where the processor allows it.
+std::size_t rfind_before(std::string_view text, std::string_view marker, std::size_t limit) {
+  const std::size_t k = marker.size();
+  if (limit < k) return npos;
+  const char* const p = text.data();
+  std::size_t starts = limit - k + 1;  // candidate starts are 0 .. starts - 1
+#ifdef __SSE2__
+  const __m128i first = _mm_set1_epi8(marker.front());
+  const __m128i last = _mm_set1_epi8(marker.back());
+  while (starts >= 16) {
+    const std::size_t b = starts - 16;
+    const __m128i heads = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + b));
+    const __m128i tails = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + b + k - 1));
+    auto mask = static_cast<unsigned>(_mm_movemask_epi8(
+        _mm_and_si128(_mm_cmpeq_epi8(heads, first), _mm_cmpeq_epi8(tails, last))));
+    while (mask != 0) {
+      const unsigned bit = 31u - static_cast<unsigned>(__builtin_clz(mask));
+      if (std::memcmp(p + b + bit, marker.data(), k) == 0) return b + bit;
+      mask &= ~(1u << bit);
+    }
+    starts = b;
+  }
+#endif
+  while (starts-- > 0) {
+    if (p[starts] == marker.front() && std::memcmp(p + starts, marker.data(), k) == 0) {
+      return starts;
+    }
+  }
+  return npos;
+}
+
+// Start of the physical line that holds position `at`.
+std::size_t line_start(std::string_view text, std::size_t at) {
+  const void* newline = memrchr(text.data(), '\n', at);
+  return newline != nullptr ? static_cast<const char*>(newline) - text.data() + 1 : 0;
+}
+
+// End of the entry that starts at `begin`: after its newline, or 1023 characters on, or at
+// the end of the text.
+std::size_t entry_end(std::string_view text, std::size_t begin) {
+  const std::size_t length = std::min(kMaxEntryLength, text.size() - begin);
+  const void* newline = std::memchr(text.data() + begin, '\n', length);
+  return newline != nullptr ? static_cast<const char*>(newline) - text.data() + 1 : begin + length;
+}
+
+// The text of the entry that spans [begin, end): cut at its first NUL, its trailing newline
+// dropped unless it stands alone (an empty line reads "\n").
+std::string_view entry_text(std::string_view text, std::size_t begin, std::size_t end) {
+  std::string_view entry = text.substr(begin, end - begin);
+  entry = entry.substr(0, entry.find('\0'));
+  if (entry.size() >= 2 && entry.back() == '\n') entry.remove_suffix(1);
+  return entry;
+}
+
+}  // namespace
+
+const char* sp_ener_marker(int engine_code) {
+  switch (engine_code) {
+    case 2:  // Orca
+    case 3:  // Qchem
+      return "SCF Done";
+    default:  // Gaussian, NWchem, and codes of 0 and below
+      return "SCF Done";
+  }
+}
+
+SpEnerResult scan_sp_ener(std::string_view text, int engine_code) {
+  if (engine_code > 4) return {SpEnerStatus::unknown_engine, {}, 0.0};
+  const std::string_view marker = sp_ener_marker(engine_code);
+  // Occurrences are taken from the last one back. One counts if it lies in the text of an
+  // entry other than the first: before the entry's first NUL and not across the 1023-character
+  // split of a long line.
+  std::size_t limit = text.size();
+  std::size_t line_begin = npos;  // start of the line of the previous occurrence
+  for (;;) {
+    const std::size_t at = rfind_before(text, marker, limit);
+    if (at == npos) break;
+    // An earlier occurrence on the same line shares its start: each line is looked up once.
+    if (line_begin == npos || at < line_begin) line_begin = line_start(text, at);
+    const std::size_t begin = line_begin + (at - line_begin) / kMaxEntryLength * kMaxEntryLength;
+    if (begin == 0) break;  // the first entry is never examined
+    const void* nul = std::memchr(text.data() + begin, '\0', at - begin);
+    if (nul != nullptr) {  // the entry's text ends before this occurrence
+      limit = static_cast<const char*>(nul) - text.data();
+      continue;
+    }
+    const std::size_t end = entry_end(text, begin);
+    if (at + marker.size() > end) {  // it runs into the next entry
+      limit = at + marker.size() - 1;
+      continue;
+    }
+    const std::string_view line = entry_text(text, begin, end);
+    std::vector<std::string> fields;
+    mmutil::tokenize(fields, std::string(line).c_str(), " ");
+    if (fields.size() < 5) return {SpEnerStatus::too_few_fields, line, 0.0};
+    return {SpEnerStatus::found, line, std::atof(fields[4].c_str())};
+  }
+  return {SpEnerStatus::marker_not_found, {}, 0.0};
+}
