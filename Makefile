@@ -7,8 +7,12 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 RELEASE_DIR := $(BUILD_DIR)/release
 TEST_DIR := $(BUILD_DIR)/test
 DEMO_DIR := $(RELEASE_DIR)/demo
+BENCH_DIR := $(BUILD_DIR)/bench
+BENCH_RUNS ?= 21
+BENCH_MIB ?= 64
+BENCH_DATA := $(BENCH_DIR)/data-$(BENCH_MIB)
 
-.PHONY: all demo test format-check clean
+.PHONY: all demo test bench format-check clean
 
 all: test
 
@@ -27,6 +31,21 @@ test:
 	cmake -S . -B $(TEST_DIR) -DCMAKE_BUILD_TYPE=Debug -DWARNINGS_AS_ERRORS=ON
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	ctest --test-dir $(TEST_DIR) --output-on-failure -j $(JOBS)
+
+# Three generated outputs of BENCH_MIB MiB (kept between runs), the whole job against cat in
+# BENCH_RUNS alternating runs, then the reader's throughput on one file.
+bench:
+	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
+	cmake --build $(BENCH_DIR) -j $(JOBS)
+	mkdir -p $(BENCH_DATA)
+	cd $(BENCH_DATA) && for seed in 1 2 3; do \
+	  [ -f mol_$$seed.log ] || { ../bench/log_generator mol_$$seed.part $(BENCH_MIB) $$seed && \
+	  mv mol_$$seed.part mol_$$seed.log; } || exit 1; done
+	printf '1\nmol_1.log mol_2.log mol_3.log\n' > $(BENCH_DATA)/int_ener_files.dat
+	printf '1\n1\n1\n1\n' > $(BENCH_DATA)/neighbor.dat
+	$(BENCH_DIR)/bench/job_vs_cat $(abspath $(BENCH_DIR))/src/get_inter_ener $(BENCH_DATA) \
+	  $(BENCH_RUNS) mol_1.log mol_2.log mol_3.log
+	$(BENCH_DIR)/bench/log_reader_bench $(BENCH_DATA)/mol_1.log
 
 format-check:
 	clang-format --dry-run --Werror $$(git ls-files '*.cpp' '*.h')

@@ -1,0 +1,106 @@
+// Times the whole energy job against `cat` of the same output files, in alternating runs, and
+// prints the median times, their ratios and the peak resident memory of the job.
+//
+//   job_vs_cat TOOL DIR RUNS LOG...
+// runs, in DIR, "cat LOG... >/dev/null", "TOOL -batch int_ener_files.dat" and the same with
+// -verbose, RUNS times each, one after the other.
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct RunResult {
+  double seconds;
+  long max_rss_kib;
+};
+
+// Runs `args` in the current directory with standard output sent to /dev/null.
+RunResult run(const std::vector<std::string>& args) {
+  std::vector<char*> argv;
+  for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+  argv.push_back(nullptr);
+  const auto start = std::chrono::steady_clock::now();
+  const pid_t pid = fork();
+  if (pid == 0) {
+    const int null = open("/dev/null", O_WRONLY);
+    dup2(null, STDOUT_FILENO);
+    execvp(argv[0], argv.data());
+    _exit(127);
+  }
+  int status = 0;
+  struct rusage usage {};
+  wait4(pid, &status, 0, &usage);
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    std::fprintf(stderr, "%s failed with status %d\n", args[0].c_str(), status);
+    std::exit(1);
+  }
+  return {elapsed.count(), usage.ru_maxrss};
+}
+
+double median(std::vector<double> v) {
+  std::sort(v.begin(), v.end());
+  const std::size_t n = v.size();
+  return n % 2 == 1 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 5) {
+    std::fprintf(stderr, "usage: %s TOOL DIR RUNS LOG...\n", argv[0]);
+    return 2;
+  }
+  const std::string tool = argv[1];
+  if (chdir(argv[2]) != 0) {
+    std::perror(argv[2]);
+    return 1;
+  }
+  const int runs = std::max(1, std::atoi(argv[3]));
+  std::vector<std::string> cat = {"cat"};
+  long long largest = 0;
+  for (int i = 4; i < argc; ++i) {
+    cat.emplace_back(argv[i]);
+    struct stat info {};
+    if (stat(argv[i], &info) == 0) largest = std::max<long long>(largest, info.st_size);
+  }
+  const std::vector<std::string> job = {tool, "-batch", "int_ener_files.dat"};
+  const std::vector<std::string> verbose_job = {tool, "-verbose", "-batch", "int_ener_files.dat"};
+
+  std::vector<double> t_cat, t_job, t_verbose;
+  long peak_kib = 0;
+  run(cat);  // warm the page cache
+  for (int r = 0; r < runs; ++r) {
+    t_cat.push_back(run(cat).seconds);
+    const RunResult plain = run(job);
+    const RunResult verbose = run(verbose_job);
+    t_job.push_back(plain.seconds);
+    t_verbose.push_back(verbose.seconds);
+    peak_kib = std::max({peak_kib, plain.max_rss_kib, verbose.max_rss_kib});
+  }
+  const double cat_s = median(t_cat);
+  const double job_ratio = median(t_job) / cat_s;
+  const double verbose_ratio = median(t_verbose) / cat_s;
+  const double peak_mib = peak_kib / 1024.0;
+  const double memory_goal_mib = 1.1 * static_cast<double>(largest) / (1 << 20) + 16;
+  std::printf("%d alternating runs, %d files, largest %.1f MiB\n", runs, argc - 4,
+              static_cast<double>(largest) / (1 << 20));
+  std::printf("  cat of the files      %8.4f s (median)\n", cat_s);
+  std::printf("  job                   %8.4f s   %.3f x cat   (goal <= 1.2)  %s\n", median(t_job),
+              job_ratio, job_ratio <= 1.2 ? "ok" : "OVER");
+  std::printf("  job -verbose          %8.4f s   %.3f x cat   (goal <= 1.5)  %s\n",
+              median(t_verbose), verbose_ratio, verbose_ratio <= 1.5 ? "ok" : "OVER");
+  std::printf("  peak resident memory  %8.1f MiB (goal <= %.1f MiB)  %s\n", peak_mib,
+              memory_goal_mib, peak_mib <= memory_goal_mib ? "ok" : "OVER");
+  return 0;
+}
