@@ -6,24 +6,25 @@
 
 #include "driver.h"
 #include "error_report.h"
+#include "input_lists.h"
 #include "log_reader.h"
 #include "mmutil/text.h"
 
 SiteEnergies read_batch_jobs(std::FILE* batch, const std::string& batch_name, int engine_code) {
-  // Lines are read through a 256-byte buffer; at the end of the file a read leaves the buffer
-  // as it was, so every missing job line repeats the last one.
-  char line[256] = "";
-  (void)std::fgets(line, sizeof line, batch);
-  const int job_count = std::atoi(line);
-  const std::size_t n = array_length(job_count);
+  BatchList list;
+  if (read_batch_list(batch, list) == ListStatus::count_above_limit) {
+    FAIL("Job count %d of batch file %s is above the limit of %d\n", list.job_count,
+         batch_name.c_str(), kMaxCount);
+  }
+  const int job_count = list.job_count;
+  const std::size_t n = array_length(job_count);  // a negative count fails here
   SiteEnergies e{std::vector<double>(n), std::vector<double>(n), std::vector<double>(n)};
 
   // Each distinct trimmed job line, with the first job that had it.
   std::map<std::string, int> job_line_index;
   std::vector<std::string> names;
   for (int j = 0; j < job_count; ++j) {
-    (void)std::fgets(line, sizeof line, batch);
-    mmutil::c_trim(line);
+    const char* const line = list.job_lines[j].c_str();
     const auto [first, is_new] = job_line_index.try_emplace(line, j);
     if (!is_new) {
       const int k = first->second;

@@ -1,6 +1,7 @@
 // get_inter_ener: lattice-site internal energies of a molecular crystal for charge-transport
 // simulations. Reads the batch job list, takes the final SCF energy of each listed anion,
 // cation and neutral output file, and writes the site-energy tables.
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -94,5 +95,10 @@ int main(int argc, char** argv) {
   const SiteEnergies energies = read_batch_jobs(batch, batch_name, engine_code);
   std::fclose(batch);
   write_site_tables(energies, batch_name);
+  // A run whose report was lost (standard output on a full disk) does not end as a success.
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    std::fprintf(stderr, "Failed to write standard output: %s\n", std::strerror(errno));
+    return kFailureStatus;
+  }
   return 0;
 }

@@ -1,22 +1,30 @@
 // The site-energy tables: "uc_U.dat" with every site's three energies, and per site the
 // hole ("EHnn.dat") and electron ("ELnn.dat") energy differences to each of its neighbours,
 // as listed in "neighbor.dat".
+#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <cstring>
 
 #include "driver.h"
 #include "error_report.h"
+#include "input_lists.h"
 
 namespace {
 
 constexpr const char* kSiteEnergyFile = "uc_U.dat";
 constexpr const char* kNeighborFile = "neighbor.dat";
 
-// The neighbour lists of the unit cell's sites, as 0-based site numbers.
-struct NeighborTable {
-  std::vector<int> root_mol_id;                   // each site's own number as written, minus 1
-  std::vector<std::vector<int>> neighbor_mol_id;  // each site's neighbours, in file order
-};
+// Closes an output table. A write that failed, at once or when the buffer was flushed (a full
+// disk), is reported with the system's reason: a table is never left short silently.
+void close_output(std::FILE* out, const char* name) {
+  const bool written = std::fflush(out) == 0 && std::ferror(out) == 0;
+  const int write_error = errno;
+  const bool closed = std::fclose(out) == 0;
+  if (!written || !closed) {
+    FAIL("Failed to write output file %s: %s\n", name,
+         std::strerror(written ? errno : write_error));
+  }
+}
 
 void write_site_energies(const SiteEnergies& e) {
   std::FILE* out = std::fopen(kSiteEnergyFile, "w");
@@ -27,48 +35,34 @@ void write_site_energies(const SiteEnergies& e) {
   }
   // The heading comes last: readers take the count from line 1 and the rows after it.
   std::fputs("#       U_cC (anion)        U_cC (cation)       U_nN (neutral)  in meV\n", out);
-  std::fclose(out);
+  close_output(out, kSiteEnergyFile);
 }
 
-// Reads the next line of the neighbour table as an integer. At the end of the file the
-// buffer keeps the last line read, so its number repeats.
-int read_number(std::FILE* in, char (&line)[256]) {
-  (void)std::fgets(line, sizeof line, in);
-  return std::atoi(line);
-}
-
-// Reads "neighbor.dat": two free lines, the number of sites, then per site its number, its
-// neighbour count and one neighbour number per line. The number of sites must be
-// `site_count`, and every neighbour must be one of those sites.
+// Reads "neighbor.dat", whose number of sites must be `site_count` and whose neighbours must be
+// among those sites.
 NeighborTable read_neighbor_table(int site_count, const std::string& batch_name) {
   std::FILE* in = std::fopen(kNeighborFile, "r");
   if (in == nullptr) FAIL("Failed to open input file: %s\n", kNeighborFile);
-  char line[256] = "";
-  read_number(in, line);
-  read_number(in, line);
-  const int nmols_uc = read_number(in, line);
-  if (nmols_uc != site_count) {
-    FAIL("Number of molecules (%d:%d) is not compatible!\nPlease check files %s and %s\n", nmols_uc,
-         site_count, kNeighborFile, batch_name.c_str());
-  }
   NeighborTable table;
-  table.root_mol_id.resize(array_length(nmols_uc));
-  table.neighbor_mol_id.resize(array_length(nmols_uc));
-  for (int s = 0; s < nmols_uc; ++s) {
-    table.root_mol_id[s] = read_number(in, line) - 1;
-    const int neighbor_mol_num = read_number(in, line);
-    std::vector<int>& neighbors = table.neighbor_mol_id[s];
-    neighbors.resize(array_length(neighbor_mol_num));
-    for (int& neighbor : neighbors) {
-      const int number = read_number(in, line);
-      if (number < 1 || number > site_count) {
-        FAIL("Neighbor %d of site %d is outside 1..%d in %s\n", number, s + 1, site_count,
-             kNeighborFile);
-      }
-      neighbor = number - 1;
-    }
-  }
+  ListFault fault;
+  const ListStatus status = read_neighbor_list(in, site_count, table, fault);
   std::fclose(in);
+  switch (status) {
+    case ListStatus::ok:
+      break;
+    case ListStatus::site_count_mismatch:
+      FAIL("Number of molecules (%d:%d) is not compatible!\nPlease check files %s and %s\n",
+           table.nmols_uc, site_count, kNeighborFile, batch_name.c_str());
+    case ListStatus::negative_count:
+      array_length(fault.value);  // fails as an array of negative length does
+      break;
+    case ListStatus::count_above_limit:
+      FAIL("Neighbor count %d of site %d is above the limit of %d in %s\n", fault.value, fault.site,
+           kMaxCount, kNeighborFile);
+    case ListStatus::neighbor_out_of_range:
+      FAIL("Neighbor %d of site %d is outside 1..%d in %s\n", fault.value, fault.site, site_count,
+           kNeighborFile);
+  }
   return table;
 }
 
@@ -93,7 +87,7 @@ void write_difference_files(const char* prefix, const std::vector<double>& charg
       std::fprintf(out, "%-20.6f\n", (charged[k] - neutral[k]) - reference);
     }
     std::fputs("# in meV\n", out);
-    std::fclose(out);
+    close_output(out, name);
   }
 }
 

@@ -1,0 +1,67 @@
+#include "input_lists.h"
+
+#include <cstdlib>
+
+#include "mmutil/text.h"
+
+namespace {
+
+// Reads the next line into `line`. At the end of the file the buffer keeps the last line
+// read, so it repeats.
+void read_line(std::FILE* in, char (&line)[256]) { (void)std::fgets(line, sizeof line, in); }
+
+int read_number(std::FILE* in, char (&line)[256]) {
+  read_line(in, line);
+  return std::atoi(line);
+}
+
+ListStatus check_count(int count) {
+  if (count < 0) return ListStatus::negative_count;
+  if (count > kMaxCount) return ListStatus::count_above_limit;
+  return ListStatus::ok;
+}
+
+}  // namespace
+
+ListStatus read_batch_list(std::FILE* batch, BatchList& list) {
+  char line[256] = "";
+  list.job_count = read_number(batch, line);
+  list.job_lines.clear();
+  const ListStatus status = check_count(list.job_count);
+  if (status != ListStatus::ok) return status;
+  for (int j = 0; j < list.job_count; ++j) {
+    read_line(batch, line);
+    mmutil::c_trim(line);
+    list.job_lines.emplace_back(line);
+  }
+  return ListStatus::ok;
+}
+
+ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& table,
+                              ListFault& fault) {
+  char line[256] = "";
+  read_number(in, line);  // two free lines
+  read_number(in, line);
+  table.nmols_uc = read_number(in, line);
+  table.root_mol_id.clear();
+  table.neighbor_mol_id.clear();
+  if (table.nmols_uc != site_count) return ListStatus::site_count_mismatch;
+  for (int s = 1; s <= site_count; ++s) {
+    fault.site = s;
+    table.root_mol_id.push_back(read_number(in, line) - 1);
+    fault.value = read_number(in, line);  // the neighbour count
+    const ListStatus status = check_count(fault.value);
+    if (status != ListStatus::ok) return status;
+    std::vector<int>& neighbors = table.neighbor_mol_id.emplace_back();
+    neighbors.reserve(static_cast<std::size_t>(fault.value));
+    for (int k = fault.value; k > 0; --k) {
+      const int number = read_number(in, line);
+      if (number < 1 || number > site_count) {
+        fault.value = number;
+        return ListStatus::neighbor_out_of_range;
+      }
+      neighbors.push_back(number - 1);
+    }
+  }
+  return ListStatus::ok;
+}

@@ -1,0 +1,57 @@
+// The two list files of a run, read without ending the process: the batch job list and the
+// neighbour table. The driver turns a status other than `ok` into its error report.
+#ifndef GET_INTER_ENER_INPUT_LISTS_H
+#define GET_INTER_ENER_INPUT_LISTS_H
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+// Largest job count, and largest neighbour count of one site, that a run takes: far above any
+// crystal model, and low enough that a corrupt count fails at once instead of filling memory
+// and disk.
+constexpr int kMaxCount = 100000;
+
+// The batch job list: its count and its job lines, trimmed.
+struct BatchList {
+  int job_count = 0;
+  std::vector<std::string> job_lines;
+};
+
+enum class ListStatus {
+  ok,
+  negative_count,     // a count below 0 (the job count, or a site's neighbour count)
+  count_above_limit,  // a count above kMaxCount
+  site_count_mismatch,
+  neighbor_out_of_range,
+};
+
+// Reads the job count (line 1, as atoi() reads it) and the next job_count lines, through a
+// 256-byte buffer: a longer line is split, and at the end of the file every missing line
+// repeats the last one read. Stops before reading any job line if the count is negative or
+// above kMaxCount.
+//
+//   "2\na b c\n"  ->  job_count 2, job_lines {"a b c", "a b c"}
+ListStatus read_batch_list(std::FILE* batch, BatchList& list);
+
+// The neighbour lists of the unit cell's sites, as 0-based site numbers.
+struct NeighborTable {
+  int nmols_uc = 0;                               // the number of sites the file states
+  std::vector<int> root_mol_id;                   // each site's own number as written, minus 1
+  std::vector<std::vector<int>> neighbor_mol_id;  // each site's neighbours, in file order
+};
+
+// Where reading the neighbour table stopped: the 1-based site and the number at fault.
+struct ListFault {
+  int site = 0;
+  int value = 0;
+};
+
+// Reads a neighbour table: two free lines, the number of sites (which must be `site_count`),
+// then per site its number, its neighbour count and one neighbour number (1..site_count) per
+// line. Numbers are read as atoi() reads a line; at the end of the file the last number read
+// repeats. Stops at the first fault, described in `fault`.
+ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& table,
+                              ListFault& fault);
+
+#endif  // GET_INTER_ENER_INPUT_LISTS_H
