@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
     }
   }
 
-  std::FILE* batch = std::fopen(batch_name.c_str(), "r");
+  std::FILE* batch = open_input_file(batch_name.c_str());
   if (batch == nullptr) FAIL("Failed to open batch input file %s\n", batch_name.c_str());
   std::printf("Treating batch file: %s...\n", batch_name.c_str());
   const SiteEnergies energies = read_batch_jobs(batch, batch_name, engine_code);

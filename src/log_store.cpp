@@ -68,9 +68,14 @@ std::size_t bit_count(std::uint64_t x) {
 bool read_log_store(const char* file_name, LogStore& store) {
   const int fd = open(file_name, O_RDONLY | O_CLOEXEC);
   if (fd < 0) return false;
-  clear_log_store(store);
   struct stat info {};
-  if (fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0) {
+  const bool known = fstat(fd, &info) == 0;
+  if (known && S_ISDIR(info.st_mode)) {  // a directory has no text to read
+    close(fd);
+    return false;
+  }
+  clear_log_store(store);
+  if (known && S_ISREG(info.st_mode) && info.st_size > 0) {
     // A regular file is mapped: no copy, and only the pages that are looked at are touched.
     const auto length = static_cast<std::size_t>(info.st_size);
     void* const mapping = mmap(nullptr, length, PROT_READ, MAP_PRIVATE, fd, 0);

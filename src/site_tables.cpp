@@ -41,7 +41,7 @@ void write_site_energies(const SiteEnergies& e) {
 // Reads "neighbor.dat", whose number of sites must be `site_count` and whose neighbours must be
 // among those sites.
 NeighborTable read_neighbor_table(int site_count, const std::string& batch_name) {
-  std::FILE* in = std::fopen(kNeighborFile, "r");
+  std::FILE* in = open_input_file(kNeighborFile);
   if (in == nullptr) FAIL("Failed to open input file: %s\n", kNeighborFile);
   NeighborTable table;
   ListFault fault;

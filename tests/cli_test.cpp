@@ -2,8 +2,11 @@
 // compares its standard output, standard error, exit status and files byte for byte.
 //
 // Recorded cases live in tests/cli/<case>/: `args` (one argument per line), optional `argv0`,
-// `in/` (the directory before the run), `stdout`, `stderr`, `status` (absent: empty, empty,
-// 0) and `out/` (every file the run creates or changes).
+// `in/` (the directory before the run; symbolic links are kept), optional `generate` (lines
+// "NAME SIZE CHAR": inputs too large to keep, SIZE bytes of CHAR), optional `stdout_path` (a
+// file or device that takes the tool's standard output instead of the capture), `stdout`,
+// `stderr`, `status` (absent: empty, empty, 0) and `out/` (every file the run creates or
+// changes).
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -46,13 +49,15 @@ Files read_tree(const fs::path& dir) {
   return files;
 }
 
-ToolRun run_tool(const fs::path& dir, std::string argv0, std::vector<std::string> args) {
+ToolRun run_tool(const fs::path& dir, std::string argv0, std::vector<std::string> args,
+                 const std::string& stdout_path = "") {
   const fs::path capture = make_temp_dir();
+  const std::string out_path = stdout_path.empty() ? (capture / "out").string() : stdout_path;
   std::vector<char*> argv{argv0.data()};
   for (std::string& a : args) argv.push_back(a.data());
   argv.push_back(nullptr);
   if (fork() == 0) {
-    const int out = open((capture / "out").c_str(), O_WRONLY | O_CREAT, 0644);
+    const int out = open(out_path.c_str(), O_WRONLY | O_CREAT, 0644);
     const int err = open((capture / "err").c_str(), O_WRONLY | O_CREAT, 0644);
     if (dup2(out, 1) >= 0 && dup2(err, 2) >= 0 && chdir(dir.c_str()) == 0) {
       execv(TOOL_PATH, argv.data());
@@ -67,25 +72,42 @@ ToolRun run_tool(const fs::path& dir, std::string argv0, std::vector<std::string
   return run;
 }
 
-// Runs the tool in a copy of `in_dir` and checks that the directory afterwards holds exactly
-// the inputs overlaid by the files of `out_dir`.
-ToolRun run_and_check_files(const fs::path& in_dir, const fs::path& out_dir,
-                            const std::vector<std::string>& args, const std::string& argv0) {
-  const fs::path work = make_temp_dir();
-  if (fs::exists(in_dir)) fs::copy(in_dir, work, fs::copy_options::recursive);
-  Files expected = read_tree(work);
-  for (auto& [name, bytes] : read_tree(out_dir)) expected[name] = bytes;
-  const ToolRun run = run_tool(work, argv0, args);
-  EXPECT_EQ(read_tree(work), expected);
-  fs::remove_all(work);
-  return run;
-}
-
 std::vector<std::string> read_lines(const fs::path& path) {
   std::vector<std::string> lines;
   std::istringstream in(read_file(path));
   for (std::string line; std::getline(in, line);) lines.push_back(line);
   return lines;
+}
+
+// Writes the inputs that `generate` lists ("NAME SIZE CHAR") into `work`.
+void generate_inputs(const fs::path& generate, const fs::path& work) {
+  if (!fs::exists(generate)) return;
+  for (const std::string& line : read_lines(generate)) {
+    std::istringstream fields(line);
+    std::string name;
+    std::size_t size = 0;
+    char fill = 0;
+    fields >> name >> size >> fill;
+    std::ofstream(work / name, std::ios::binary) << std::string(size, fill);
+  }
+}
+
+// Runs the tool in a copy of the case's `in/` and checks that the directory afterwards holds
+// exactly the inputs overlaid by the files of its `out/`.
+ToolRun run_and_check_files(const fs::path& dir, const std::vector<std::string>& args,
+                            const std::string& argv0, const std::string& stdout_path) {
+  const fs::path work = make_temp_dir();
+  if (fs::exists(dir / "in")) {
+    fs::copy(fs::canonical(dir / "in"), work,
+             fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  }
+  generate_inputs(dir / "generate", work);
+  Files expected = read_tree(work);
+  for (auto& [name, bytes] : read_tree(dir / "out")) expected[name] = bytes;
+  const ToolRun run = run_tool(work, argv0, args, stdout_path);
+  EXPECT_EQ(read_tree(work), expected);
+  fs::remove_all(work);
+  return run;
 }
 
 std::vector<std::string> recorded_cases() {
@@ -104,8 +126,9 @@ TEST_P(RecordedCase, MatchesRecordedRun) {
   const auto first_line = [&](const char* name, const char* absent) {
     return fs::exists(dir / name) ? read_lines(dir / name).at(0) : std::string(absent);
   };
-  const ToolRun run = run_and_check_files(dir / "in", dir / "out", read_lines(dir / "args"),
-                                          first_line("argv0", "get_inter_ener"));
+  const ToolRun run =
+      run_and_check_files(dir, read_lines(dir / "args"), first_line("argv0", "get_inter_ener"),
+                          first_line("stdout_path", ""));
   // The error header's line number follows the source; the recorded runs say N.
   const std::regex line_number("(ERROR  transport : [^ ]+ : line )[0-9]+");
   EXPECT_EQ(std::to_string(run.status), first_line("status", "0"));
