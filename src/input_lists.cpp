@@ -16,9 +16,9 @@ int read_number(std::FILE* in, char (&line)[256]) {
 }
 
 ListStatus check_count(int count) {
-  if (count < 0) return ListStatus::negative_count;
-  if (count > kMaxCount) return ListStatus::count_above_limit;
-  return ListStatus::ok;
+  return count < 0           ? ListStatus::negative_count
+         : count > kMaxCount ? ListStatus::count_above_limit
+                             : ListStatus::ok;
 }
 
 }  // namespace
@@ -46,12 +46,15 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
   table.root_mol_id.clear();
   table.neighbor_mol_id.clear();
   if (table.nmols_uc != site_count) return ListStatus::site_count_mismatch;
+  int listed = 0;  // neighbours of the sites before this one
   for (int s = 1; s <= site_count; ++s) {
     fault.site = s;
     table.root_mol_id.push_back(read_number(in, line) - 1);
     fault.value = read_number(in, line);  // the neighbour count
     const ListStatus status = check_count(fault.value);
     if (status != ListStatus::ok) return status;
+    if (fault.value > kMaxCount - listed) return ListStatus::count_above_limit;
+    listed += fault.value;
     std::vector<int>& neighbors = table.neighbor_mol_id.emplace_back();
     neighbors.reserve(static_cast<std::size_t>(fault.value));
     for (int k = fault.value; k > 0; --k) {

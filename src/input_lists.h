@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-// Largest job count, and largest neighbour count of one site, that a run takes: far above any
-// crystal model, and low enough that a corrupt count fails at once instead of filling memory
-// and disk.
+// Largest job count, and largest number of neighbours of all sites together, that a run takes:
+// far above any unit cell, and low enough that a corrupt count (or a truncated table whose
+// last number repeats) fails at once instead of filling memory and disk.
 constexpr int kMaxCount = 100000;
 
 // The batch job list: its count and its job lines, trimmed.
@@ -50,7 +50,9 @@ struct ListFault {
 // Reads a neighbour table: two free lines, the number of sites (which must be `site_count`),
 // then per site its number, its neighbour count and one neighbour number (1..site_count) per
 // line. Numbers are read as atoi() reads a line; at the end of the file the last number read
-// repeats. Stops at the first fault, described in `fault`.
+// repeats. Stops at the first fault, described in `fault`: a site count other than
+// `site_count`, a negative neighbour count, more than kMaxCount neighbours in all, or a
+// neighbour outside the sites.
 ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& table,
                               ListFault& fault);
 

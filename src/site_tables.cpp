@@ -57,8 +57,8 @@ NeighborTable read_neighbor_table(int site_count, const std::string& batch_name)
       array_length(fault.value);  // fails as an array of negative length does
       break;
     case ListStatus::count_above_limit:
-      FAIL("Neighbor count %d of site %d is above the limit of %d in %s\n", fault.value, fault.site,
-           kMaxCount, kNeighborFile);
+      FAIL("Neighbor count %d of site %d takes the table above the limit of %d neighbors in %s\n",
+           fault.value, fault.site, kMaxCount, kNeighborFile);
     case ListStatus::neighbor_out_of_range:
       FAIL("Neighbor %d of site %d is outside 1..%d in %s\n", fault.value, fault.site, site_count,
            kNeighborFile);

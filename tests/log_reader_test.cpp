@@ -13,11 +13,10 @@
 #include <random>
 #include <sstream>
 
-#include "mmutil/text.h"
+#include "reference_line_reader.h"
 
 namespace {
 
-using Entries = std::vector<std::string>;
 using namespace std::string_literals;
 
 // Writes `bytes` to a file of this test's own, since ctest runs tests side by side.
@@ -28,40 +27,9 @@ std::string write_temp(const std::string& bytes) {
   return path;
 }
 
-// The entries as a line reader with a 1024-byte buffer sees them: read a piece, measure its
-// text, and drop a newline found from its end backwards, never at position 0.
-Entries line_reader_entries(const std::string& bytes) {
-  Entries entries;
-  std::FILE* file = fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "r");
-  if (file == nullptr) return entries;  // an empty buffer: no entry
-  for (char buffer[1024]; std::fgets(buffer, sizeof buffer, file) != nullptr;) {
-    for (std::size_t i = std::strlen(buffer); i-- > 1;) {
-      if (buffer[i] == '\n') {
-        buffer[i] = '\0';
-        break;
-      }
-    }
-    entries.emplace_back(buffer);
-  }
-  std::fclose(file);
-  return entries;
-}
-
-// The energy search over listed entries: the last one after the first that holds the marker.
-SpEnerResult reference_scan(const Entries& entries) {
-  for (std::size_t i = entries.size(); i-- > 1;) {
-    if (entries[i].find("SCF Done") == std::string::npos) continue;
-    std::vector<std::string> fields;
-    mmutil::tokenize(fields, entries[i].c_str(), " ");
-    if (fields.size() < 5) return {SpEnerStatus::too_few_fields, entries[i], 0.0};
-    return {SpEnerStatus::found, entries[i], std::atof(fields[4].c_str())};
-  }
-  return {SpEnerStatus::marker_not_found, {}, 0.0};
-}
-
 // Compares the store's count and search with the reference line reader on `bytes`.
 void expect_same_as_line_reader(const std::string& bytes) {
-  const Entries entries = line_reader_entries(bytes);
+  const std::vector<std::string> entries = line_reader_entries(bytes);
   const SpEnerResult expected = reference_scan(entries);
   const SpEnerResult got = scan_sp_ener(bytes, 1);
   EXPECT_EQ(count_log_entries(bytes), entries.size());
