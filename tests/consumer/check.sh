@@ -6,7 +6,9 @@
 #   check.sh BUILD WORK LIBDIR VERSION CXX
 # LIBDIR is the library directory under the prefix, CXX the compiler.
 set -eu
-build=$1 work=$2 libdir=$3 version=$4 cxx=$5
+libdir=$3 version=$4 cxx=$5
+build=$(cd "$1" && pwd)
+work=$(mkdir -p "$2" && cd "$2" && pwd)
 here=$(cd "$(dirname "$0")" && pwd)
 prefix=$work/prefix
 
