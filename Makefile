@@ -1,8 +1,12 @@
 # Two commands for a fresh machine:
 #   make demo   build the tool (Release) and run it on the example crystal in examples/
 #   make test   build everything (warnings are errors) and run every test
+# and two to ship it:
+#   make install PREFIX=dir   build (Release) and install under dir (default /usr/local)
+#   make package              build (Release) and write a .tar.gz and a .deb to build/packages/
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+PREFIX ?= /usr/local
 
 RELEASE_DIR := $(BUILD_DIR)/release
 TEST_DIR := $(BUILD_DIR)/test
@@ -11,8 +15,9 @@ BENCH_DIR := $(BUILD_DIR)/bench
 BENCH_RUNS ?= 21
 BENCH_MIB ?= 64
 BENCH_DATA := $(BENCH_DIR)/data-$(BENCH_MIB)
+PACKAGE_DIR := $(BUILD_DIR)/packages
 
-.PHONY: all demo test bench format-check clean
+.PHONY: all demo test bench install package format-check clean
 
 all: test
 
@@ -46,6 +51,15 @@ bench:
 	$(BENCH_DIR)/bench/job_vs_cat $(abspath $(BENCH_DIR))/src/get_inter_ener $(BENCH_DATA) \
 	  $(BENCH_RUNS) mol_1.log mol_2.log mol_3.log
 	$(BENCH_DIR)/bench/log_reader_bench $(BENCH_DATA)/mol_1.log
+
+install: $(RELEASE_DIR)/src/get_inter_ener
+	cmake --install $(RELEASE_DIR) --prefix $(PREFIX)
+
+package: $(RELEASE_DIR)/src/get_inter_ener
+	rm -rf $(PACKAGE_DIR)
+	cpack --config $(RELEASE_DIR)/CPackConfig.cmake -B $(PACKAGE_DIR)
+	rm -rf $(PACKAGE_DIR)/_CPack_Packages
+	@ls -l $(PACKAGE_DIR)
 
 format-check:
 	clang-format --dry-run --Werror $$(git ls-files '*.cpp' '*.h')

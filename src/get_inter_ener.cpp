@@ -12,13 +12,21 @@
 
 namespace {
 
+// The banner's version line. VERSION_TEXT, such as "2019B (2.1.2)", comes from the build
+// (the project version); the frame holds a text of 13 characters.
+constexpr char kVersionLine[] =
+    "*   KORVA Transport Calculation Utility, Version " VERSION_TEXT "    *\n";
+static_assert(sizeof kVersionLine == 67 + 2,
+              "a banner line is 67 characters: fit the blanks to the version");
+
 // The banner: four lines of 67 characters.
 void print_KORVO_title() {
   std::printf(
       "*******************************************************************\n"
-      "*   KORVA Transport Calculation Utility, Version 2019B (2.1.2)    *\n"
+      "%s"
       "*   Transport Group, Dept. of Chemistry, Example University       *\n"
-      "*******************************************************************\n");
+      "*******************************************************************\n",
+      kVersionLine);
 }
 
 void print_usage(const std::string& prog) {

@@ -1,0 +1,31 @@
+# What `cmake --install` puts under the prefix, in the GNU layout:
+#   bin/get_inter_ener                  the tool
+#   share/man/man1/get_inter_ener.1     its manual page
+#   lib/libmmutil.a                     the utility library
+#   include/mmutil/text.h, numeric.h    its headers
+#   lib/cmake/mmutil/                   its CMake package: find_package(mmutil) gives mmutil::mmutil
+#   lib/pkgconfig/mmutil.pc             its pkg-config file
+# The CMake package and the pkg-config file locate the prefix from where they stand, so an
+# installed tree can be moved or unpacked anywhere.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS get_inter_ener)
+
+configure_file(doc/get_inter_ener.1.in doc/get_inter_ener.1 @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/doc/get_inter_ener.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+install(TARGETS mmutil EXPORT mmutil INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY lib/include/mmutil DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.h")
+
+set(mmutil_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/mmutil)
+install(EXPORT mmutil FILE mmutilConfig.cmake NAMESPACE mmutil:: DESTINATION ${mmutil_package_dir})
+write_basic_package_version_file(mmutilConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/mmutilConfigVersion.cmake DESTINATION ${mmutil_package_dir})
+
+set(mmutil_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH mmutil_pc_prefix
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" mmutil_pc_prefix ${mmutil_pc_prefix})
+configure_file(cmake/mmutil.pc.in mmutil.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/mmutil.pc DESTINATION ${mmutil_pkgconfig_dir})
