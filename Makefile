@@ -16,8 +16,12 @@ BENCH_RUNS ?= 21
 BENCH_MIB ?= 64
 BENCH_DATA := $(BENCH_DIR)/data-$(BENCH_MIB)
 PACKAGE_DIR := $(BUILD_DIR)/packages
+SANITIZE_DIR := $(BUILD_DIR)/sanitize
+FUZZ_DIR := $(BUILD_DIR)/fuzz
+FUZZ_SECONDS ?= 10
+FUZZERS := log_reader_fuzz input_lists_fuzz text_fuzz
 
-.PHONY: all demo test bench install package format-check clean
+.PHONY: all demo test test-sanitize fuzz bench install package format-check clean
 
 all: test
 
@@ -36,6 +40,29 @@ test:
 	cmake -S . -B $(TEST_DIR) -DCMAKE_BUILD_TYPE=Debug -DWARNINGS_AS_ERRORS=ON
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	ctest --test-dir $(TEST_DIR) --output-on-failure -j $(JOBS)
+
+# Every test again, built by clang with AddressSanitizer and UndefinedBehaviorSanitizer; any
+# report fails the test that met it.
+test-sanitize:
+	cmake -S . -B $(SANITIZE_DIR) -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug \
+	  -DWARNINGS_AS_ERRORS=ON -DSANITIZE=ON
+	cmake --build $(SANITIZE_DIR) -j $(JOBS)
+	ctest --test-dir $(SANITIZE_DIR) --output-on-failure -j $(JOBS)
+
+# Each libFuzzer harness for FUZZ_SECONDS, from the seeds in fuzz/corpus/NAME; what it finds
+# is kept in build/fuzz/corpus/NAME, a crashing input in build/fuzz/NAME-crash-*.
+fuzz:
+	cmake -S . -B $(FUZZ_DIR) -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DBUILD_TESTING=OFF -DFUZZ=ON
+	cmake --build $(FUZZ_DIR) -j $(JOBS)
+	@for f in $(FUZZERS); do \
+	  mkdir -p $(FUZZ_DIR)/corpus/$$f; \
+	  $(FUZZ_DIR)/fuzz/$$f -max_total_time=$(FUZZ_SECONDS) -max_len=8192 -timeout=10 \
+	    -print_final_stats=1 -artifact_prefix=$(FUZZ_DIR)/$$f- \
+	    $(FUZZ_DIR)/corpus/$$f fuzz/corpus/$$f > $(FUZZ_DIR)/$$f.log 2>&1 || \
+	    { tail -40 $(FUZZ_DIR)/$$f.log; echo "$$f failed"; exit 1; }; \
+	  echo "$$f: $$(grep -h 'stat::number_of_executed_units' $(FUZZ_DIR)/$$f.log) in $(FUZZ_SECONDS) s"; \
+	done
 
 # Three generated outputs of BENCH_MIB MiB (kept between runs), the whole job against cat in
 # BENCH_RUNS alternating runs, then the reader's throughput on one file.
