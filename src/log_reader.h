@@ -30,8 +30,8 @@ struct LogStore {
 };
 
 // Replaces the store's contents with the whole file `file_name`. Returns false, leaving the
-// store untouched, if the file cannot be opened or is a directory. A read error ends the text where it
-// happened, as an end of file would.
+// store untouched, if the file cannot be opened or is a directory. A read error ends the text where
+// it happened, as an end of file would.
 bool read_log_store(const char* file_name, LogStore& store);
 
 // Gives back the store's memory; the store is then empty.
