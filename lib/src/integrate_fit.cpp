@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <initializer_list>
+#include <new>
 
 #include "mmutil/numeric.h"
 
@@ -12,6 +13,13 @@ namespace {
 // Below this |determinant| the x values count as all equal and no line is fitted (a shade
 // above 2^-53).
 constexpr double kDegenerateFit = 1.11022302e-16;
+
+// Array new of m doubles. A negative m is the language's invalid array length,
+// std::bad_array_new_length; checked here because some compilers throw its base std::bad_alloc.
+double* new_stage(int m) {
+  if (m < 0) throw std::bad_array_new_length();
+  return new double[m];
+}
 
 }  // namespace
 
@@ -25,20 +33,20 @@ double rk4_one(double t0, double u0, double dt, double (*f)(double, double)) {
 }
 
 // The stage arrays are plain array new, released at the end; a negative m fails at the first
-// of them, after the first slope has been taken.
+// of them, after the first slope has been taken, whose array is not released.
 double* rk4_vec(double t0, int m, double* u0, double dt, double* (*f)(double, int, double*)) {
   double* f0 = f(t0, m, u0);
   const double t1 = t0 + 0.5 * dt;
-  double* u1 = new double[m];
+  double* u1 = new_stage(m);
   for (int i = 0; i < m; ++i) u1[i] = (f0[i] * dt) * 0.5 + u0[i];
   double* f1 = f(t1, m, u1);
-  double* u2 = new double[m];
+  double* u2 = new_stage(m);
   for (int i = 0; i < m; ++i) u2[i] = (f1[i] * dt) * 0.5 + u0[i];
   double* f2 = f(t1, m, u2);
-  double* u3 = new double[m];
+  double* u3 = new_stage(m);
   for (int i = 0; i < m; ++i) u3[i] = f2[i] * dt + u0[i];
   double* f3 = f(t0 + dt, m, u3);
-  double* u = new double[m];
+  double* u = new_stage(m);
   for (int i = 0; i < m; ++i) {
     u[i] = ((((f1[i] + f1[i]) + f0[i]) + (f2[i] + f2[i])) + f3[i]) * dt / 6.0 + u0[i];
   }
