@@ -19,7 +19,7 @@ PACKAGE_DIR := $(BUILD_DIR)/packages
 SANITIZE_DIR := $(BUILD_DIR)/sanitize
 FUZZ_DIR := $(BUILD_DIR)/fuzz
 FUZZ_SECONDS ?= 10
-FUZZERS := log_reader_fuzz input_lists_fuzz text_fuzz
+FUZZERS := $(basename $(notdir $(wildcard fuzz/*_fuzz.cpp)))
 
 .PHONY: all demo test test-sanitize fuzz bench install package format-check clean
 

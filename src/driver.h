@@ -26,10 +26,6 @@ struct SiteEnergies {
 // fails as an array of negative length does, with std::bad_array_new_length, not caught.
 std::size_t array_length(int count);
 
-// Opens the input file `name` for reading, as fopen() does, except that a directory is not
-// taken for an empty file: it gives nullptr, as a file that cannot be opened does.
-std::FILE* open_input_file(const char* name);
-
 // Reads the job count and the job lines from the open batch list `batch` (named
 // `batch_name` in messages) and takes the anion, cation and neutral energies of each job
 // from its three output files with engine code `engine_code`. A job line that repeats an

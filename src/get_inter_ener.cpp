@@ -9,6 +9,7 @@
 
 #include "driver.h"
 #include "error_report.h"
+#include "input_file.h"
 
 namespace {
 

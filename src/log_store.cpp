@@ -1,5 +1,4 @@
 // The line store: one output file's bytes held as one read-only text, and its entry count.
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,6 +7,7 @@
 #include <cerrno>
 #include <cstdint>
 
+#include "input_file.h"
 #include "log_reader.h"
 
 #ifdef __SSE2__
@@ -66,16 +66,11 @@ std::size_t bit_count(std::uint64_t x) {
 }  // namespace
 
 bool read_log_store(const char* file_name, LogStore& store) {
-  const int fd = open(file_name, O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return false;
   struct stat info {};
-  const bool known = fstat(fd, &info) == 0;
-  if (known && S_ISDIR(info.st_mode)) {  // a directory has no text to read
-    close(fd);
-    return false;
-  }
+  const int fd = open_input_fd(file_name, info);
+  if (fd < 0) return false;
   clear_log_store(store);
-  if (known && S_ISREG(info.st_mode) && info.st_size > 0) {
+  if (S_ISREG(info.st_mode) && info.st_size > 0) {
     // A regular file is mapped: no copy, and only the pages that are looked at are touched.
     const auto length = static_cast<std::size_t>(info.st_size);
     void* const mapping = mmap(nullptr, length, PROT_READ, MAP_PRIVATE, fd, 0);

@@ -7,6 +7,7 @@
 
 #include "driver.h"
 #include "error_report.h"
+#include "input_file.h"
 #include "input_lists.h"
 
 namespace {
