@@ -1,41 +1,63 @@
-// Reading quantum-chemistry output files: the line store that holds one file in memory, and
-// the extraction of the final single-point (SCF) energy from it.
+// Reading quantum-chemistry output files: the entries of a file's text, the search for its
+// final single-point (SCF) energy line, and the process-wide store that holds what the driver
+// needs of one file at a time.
 //
-// The store holds a file's bytes as one read-only text: a regular file is mapped into memory,
-// anything else (a pipe, a device) is read whole. Its entries are what a line read through a
-// 1024-byte buffer yields: at most 1023 characters, so a longer physical line becomes several
-// consecutive entries, the last ending where the line ends. An entry's text stops at its first
-// NUL byte and loses its trailing newline, except that an entry made of a newline alone (an
-// empty line) keeps it and reads "\n". Carriage returns and leading blanks stay.
+// A file's entries are what a line read through a 1024-byte buffer yields: at most 1023
+// characters, so a longer physical line becomes several consecutive entries, the last ending
+// where the line ends. An entry's text stops at its first NUL byte and loses its trailing
+// newline, except that an entry made of a newline alone (an empty line) keeps it and reads
+// "\n". Carriage returns and leading blanks stay.
 //
-// Entries are never listed: the energy is searched from the end of the text backwards, and the
-// entry count is computed only when it is printed, so a run that needs only the last energy
-// line reads only the end of the file.
+// The energy line is the last entry, never the first, whose text holds the marker
+// "SCF Done". A regular file is searched from its end backwards, reading only what lies after
+// that line and little more; everything else (pipes, devices, compressed streams, and any file
+// whose entries must be counted) is read forward once, in blocks, in bounded memory.
 #ifndef GET_INTER_ENER_LOG_READER_H
 #define GET_INTER_ENER_LOG_READER_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "byte_source.h"
 
 // Longest entry, in characters: one line read through a 1024-byte buffer.
 constexpr std::size_t kMaxEntryLength = 1023;
 
-// One output file in memory. `text` views either the mapping or `buffer`.
-struct LogStore {
-  std::string_view text;
-  void* mapping = nullptr;  // the mapped file, unmapped by clear_log_store
-  std::size_t mapped_length = 0;
-  std::string buffer;  // the bytes of a file that cannot be mapped
+// The text that marks the energy line, for every engine.
+constexpr std::string_view kEnergyMarker = "SCF Done";
+
+// What to take from a file besides its energy line.
+struct LogScanOptions {
+  bool count_entries = false;  // count every entry (reads the whole text)
+  std::size_t head_bytes = 0;  // keep the text's first head_bytes bytes
+  std::size_t tail_bytes = 0;  // keep the text's last tail_bytes bytes
 };
 
-// Replaces the store's contents with the whole file `file_name`. Returns false, leaving the
-// store untouched, if the file cannot be opened or is a directory. A read error ends the text where
-// it happened, as an end of file would.
-bool read_log_store(const char* file_name, LogStore& store);
+enum class LogReadStatus {
+  ok,
+  cannot_open,  // missing, unreadable, or a directory
+  read_failed,  // a read failed, the file shrank, or a compressed stream is damaged
+};
 
-// Gives back the store's memory; the store is then empty.
-void clear_log_store(LogStore& store);
+// What was read of one file.
+struct LogScan {
+  LogReadStatus status = LogReadStatus::ok;
+  std::string error;  // read_failed: why ("Input/output error", "unexpected end of xz data")
+  TextFormat format = TextFormat::plain;
+  bool counted = false;  // entry_count holds the number of entries
+  std::uint64_t entry_count = 0;
+  bool marker_found = false;
+  std::string energy_entry;  // the text of the energy line's entry, if found
+  std::string head;          // the first head_bytes bytes of the text (fewer if it is shorter)
+  std::string tail;          // the last tail_bytes bytes of the text
+  bool whole_text = false;   // every byte of the text was read
+  std::uint64_t text_size = 0;  // bytes of text: known for a plain regular file, or whole_text
+};
+
+// Reads what `options` asks of the file `file_name` and its energy line into `scan`.
+void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& scan);
 
 // Number of entries of `text`: each physical line (its newline included, the last one
 // perhaps without) counts one entry per started 1023 characters. An empty text has none.
@@ -43,39 +65,42 @@ void clear_log_store(LogStore& store);
 //   "a\n\nb"  ->  3;   1023 'x' + "\n"  ->  2
 std::size_t count_log_entries(std::string_view text);
 
-// The process-wide store: the driver loads one file, takes its energy and releases it before
-// the next file.
-extern LogStore g_log_data;
-
-// Number of entries of the process-wide store (counted when asked).
-inline std::size_t g_data_nlen() { return count_log_entries(g_log_data.text); }
-
-// Loads `file_name` into the process-wide store; with -verbose prints
-// "INFO: number of lines in NAME is COUNT". If the file cannot be opened, reports
-// "Failed to open input file: NAME" with the error header and ends the process.
-const LogStore& load_log_file(const char* file_name);
-
-// Frees the process-wide store's memory before the next file is loaded.
-void release_log_store();
-
 // Outcome of the search for the energy line.
 enum class SpEnerStatus { found, unknown_engine, marker_not_found, too_few_fields };
 
 struct SpEnerResult {
   SpEnerStatus status;
-  std::string_view line;  // the matched entry's text, if any (views the store)
+  std::string_view line;  // the matched entry's text, if any
   double hartree;         // the energy, if found
 };
 
 // The text that marks the energy line of engine `engine_code`: "SCF Done" for every engine.
 const char* sp_ener_marker(int engine_code);
 
-// Finds the last entry of `text`, never the first entry, whose text contains the marker of
-// `engine_code`, and converts its fifth blank-separated field as atof() does (0.0 for text
-// that is no number). Engine codes above 4 are unknown; codes of 0 and below are taken as 1.
+// The energy of an energy line: its fifth blank-separated field converted as atof() does
+// (0.0 for text that is no number), or too_few_fields.
 //
 //   " SCF Done:  E(RB3LYP) =  -693.291234567     A.U. after   12 cycles"  ->  -693.291234567
+SpEnerResult sp_ener_from_line(std::string_view line);
+
+// The energy line of a whole text held in memory, and its energy. Engine codes above 4 are
+// unknown; codes of 0 and below are taken as 1.
 SpEnerResult scan_sp_ener(std::string_view text, int engine_code);
+
+// The process-wide store: what the driver keeps of the one file it is reading.
+extern LogScan g_log_data;
+
+// Number of entries of the process-wide store (counted only with -verbose).
+inline std::uint64_t g_data_nlen() { return g_log_data.entry_count; }
+
+// Reads `file_name` into the process-wide store; with -verbose counts its entries and prints
+// "INFO: number of lines in NAME is COUNT". A file that cannot be opened is reported as
+// "Failed to open input file: NAME", one that cannot be read as
+// "Failed to read input file: NAME: REASON", with the error header, and ends the process.
+const LogScan& load_log_file(const char* file_name);
+
+// Empties the process-wide store before the next file is loaded.
+void release_log_store();
 
 // The energy, in hartree, of the file in the process-wide store; `file_name` names it in
 // messages. With -verbose prints "INFO: string 'MARKER' found in NAME". An unknown engine, a

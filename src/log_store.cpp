@@ -1,5 +1,4 @@
-// The line store: one output file's bytes held as one read-only text, and its entry count.
-#include <sys/mman.h>
+// Reading one output file: its energy line, its entry count, and its ends.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,22 +14,6 @@
 #endif
 
 namespace {
-
-// Reads the rest of `fd` into `out`, doubling the buffer until the end. A read error ends the
-// text where it happened.
-void read_all(int fd, std::string& out) {
-  out.resize(std::size_t{1} << 16);
-  std::size_t length = 0;
-  for (;;) {
-    const ssize_t got = read(fd, &out[length], out.size() - length);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    length += static_cast<std::size_t>(got);
-    if (length == out.size()) out.resize(out.size() * 2);
-  }
-  out.resize(length);
-  out.shrink_to_fit();
-}
 
 // Bit i is set when p[i] is a newline, for the first n (at most 64) bytes of p.
 std::uint64_t newline_mask(const char* p, std::size_t n) {
@@ -65,36 +48,46 @@ std::size_t bit_count(std::uint64_t x) {
 
 }  // namespace
 
-bool read_log_store(const char* file_name, LogStore& store) {
+void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& scan) {
+  scan = LogScan{};
   struct stat info {};
   const int fd = open_input_fd(file_name, info);
-  if (fd < 0) return false;
-  clear_log_store(store);
-  if (S_ISREG(info.st_mode) && info.st_size > 0) {
-    // A regular file is mapped: no copy, and only the pages that are looked at are touched.
-    const auto length = static_cast<std::size_t>(info.st_size);
-    void* const mapping = mmap(nullptr, length, PROT_READ, MAP_PRIVATE, fd, 0);
-    if (mapping != MAP_FAILED) {
-      close(fd);
-      store.mapping = mapping;
-      store.mapped_length = length;
-      store.text = std::string_view(static_cast<const char*>(mapping), length);
-      return true;
-    }
+  if (fd < 0) {
+    scan.status = LogReadStatus::cannot_open;
+    return;
   }
-  // Pipes and devices have no length to map; an empty file needs no mapping.
-  read_all(fd, store.buffer);
+  ByteSource source;
+  std::string text;
+  bool ok = open_byte_source(fd, source);
+  for (char block[1 << 16]; ok;) {
+    const long got = read_text(source, block, sizeof block);
+    if (got <= 0) {
+      ok = got == 0;
+      break;
+    }
+    text.append(block, static_cast<std::size_t>(got));
+  }
+  scan.format = source.format;
+  if (!ok) {
+    scan.status = LogReadStatus::read_failed;
+    scan.error = source.error;
+  }
+  close_byte_source(source);
   close(fd);
-  store.text = store.buffer;
-  return true;
-}
-
-void clear_log_store(LogStore& store) {
-  if (store.mapping != nullptr) munmap(store.mapping, store.mapped_length);
-  store.mapping = nullptr;
-  store.mapped_length = 0;
-  store.text = {};
-  std::string().swap(store.buffer);
+  if (!ok) return;
+  scan.whole_text = true;
+  scan.text_size = text.size();
+  if (options.count_entries) {
+    scan.counted = true;
+    scan.entry_count = count_log_entries(text);
+  }
+  const SpEnerResult result = scan_sp_ener(text, 1);
+  if (result.status != SpEnerStatus::marker_not_found) {
+    scan.marker_found = true;
+    scan.energy_entry = result.line;
+  }
+  scan.head = text.substr(0, options.head_bytes);
+  scan.tail = text.substr(text.size() - std::min(text.size(), options.tail_bytes));
 }
 
 std::size_t count_log_entries(std::string_view text) {

@@ -82,6 +82,13 @@ const char* sp_ener_marker(int engine_code) {
   }
 }
 
+SpEnerResult sp_ener_from_line(std::string_view line) {
+  std::vector<std::string> fields;
+  mmutil::tokenize(fields, std::string(line).c_str(), " ");
+  if (fields.size() < 5) return {SpEnerStatus::too_few_fields, line, 0.0};
+  return {SpEnerStatus::found, line, std::atof(fields[4].c_str())};
+}
+
 SpEnerResult scan_sp_ener(std::string_view text, int engine_code) {
   if (engine_code > 4) return {SpEnerStatus::unknown_engine, {}, 0.0};
   const std::string_view marker = sp_ener_marker(engine_code);
@@ -107,11 +114,7 @@ SpEnerResult scan_sp_ener(std::string_view text, int engine_code) {
       limit = at + marker.size() - 1;
       continue;
     }
-    const std::string_view line = entry_text(text, begin, end);
-    std::vector<std::string> fields;
-    mmutil::tokenize(fields, std::string(line).c_str(), " ");
-    if (fields.size() < 5) return {SpEnerStatus::too_few_fields, line, 0.0};
-    return {SpEnerStatus::found, line, std::atof(fields[4].c_str())};
+    return sp_ener_from_line(entry_text(text, begin, end));
   }
   return {SpEnerStatus::marker_not_found, {}, 0.0};
 }

@@ -65,18 +65,13 @@ TEST(LineStore, CountAndEnergyLineFollowTheLineReads) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.bytes.substr(0, 60));
-    LogStore store;
-    ASSERT_TRUE(read_log_store(write_temp(c.bytes).c_str(), store));
-    EXPECT_EQ(store.text, c.bytes);
-    EXPECT_EQ(count_log_entries(store.text), c.count);
-    const SpEnerResult result = scan_sp_ener(store.text, 1);
+    const SpEnerResult result = scan_sp_ener(c.bytes, 1);
+    EXPECT_EQ(count_log_entries(c.bytes), c.count);
     EXPECT_EQ(result.status, c.status);
     EXPECT_EQ(result.line, c.line);
     if (c.status == found) {
       EXPECT_EQ(result.hartree, -2.5);
     }
-    clear_log_store(store);
-    EXPECT_TRUE(store.text.empty());
     expect_same_as_line_reader(c.bytes);
   }
 }
@@ -131,14 +126,15 @@ TEST(LineStore, ReadsAPipeWhole) {
     std::fwrite(bytes.data(), 1, bytes.size(), fifo);
     _exit(std::fclose(fifo) == 0 ? 0 : 1);
   }
-  LogStore store;
-  EXPECT_TRUE(read_log_store(path.c_str(), store));
+  LogScan scan;
+  LogScanOptions options;
+  options.count_entries = true;
+  scan_log_file(path.c_str(), options, scan);
   int status = 0;
   waitpid(writer, &status, 0);
   EXPECT_EQ(status, 0);
-  EXPECT_EQ(store.text, bytes);
-  EXPECT_EQ(scan_sp_ener(store.text, 1).hartree, -7.25);
-  clear_log_store(store);
+  EXPECT_EQ(scan.entry_count, 20002u);
+  EXPECT_EQ(sp_ener_from_line(scan.energy_entry).hartree, -7.25);
   unlink(path.c_str());
 }
 
@@ -155,20 +151,21 @@ TEST(SpEnergy, RealEngineOutputs) {
     std::istringstream fields(row);
     for (std::string cell; std::getline(fields, cell, '\t');) cells.push_back(cell);
     const std::string& file = cells.at(0);
-    LogStore store;
-    ASSERT_TRUE(read_log_store((dir + "/" + file).c_str(), store)) << file;
-    EXPECT_EQ(count_log_entries(store.text), std::stoul(cells.at(5))) << file;  // no long lines
-    const SpEnerResult result = scan_sp_ener(store.text, 1);
+    std::ifstream in(dir + "/" + file, std::ios::binary);
+    std::ostringstream read;
+    read << in.rdbuf();
+    const std::string text = read.str();
+    EXPECT_EQ(count_log_entries(text), std::stoul(cells.at(5))) << file;  // no long lines
+    const SpEnerResult result = scan_sp_ener(text, 1);
     char energy[32] = "NONE";
     if (result.status != SpEnerStatus::marker_not_found) {
       std::snprintf(energy, sizeof energy, "%.15g", result.hartree);
       // The matched line's number: the entries before it, plus one.
-      const auto before = static_cast<std::size_t>(result.line.data() - store.text.data());
-      EXPECT_EQ(std::to_string(count_log_entries(store.text.substr(0, before)) + 1), cells.at(7))
+      const auto before = static_cast<std::size_t>(result.line.data() - text.data());
+      EXPECT_EQ(std::to_string(count_log_entries(text.substr(0, before)) + 1), cells.at(7))
           << file;
     }
     EXPECT_EQ(energy, cells.at(9)) << file;  // the energy as %.15g, or NONE
-    clear_log_store(store);
   }
   EXPECT_GT(checked, 0);
 }
