@@ -49,10 +49,10 @@ struct LogScan {
   bool counted = false;  // entry_count holds the number of entries
   std::uint64_t entry_count = 0;
   bool marker_found = false;
-  std::string energy_entry;  // the text of the energy line's entry, if found
-  std::string head;          // the first head_bytes bytes of the text (fewer if it is shorter)
-  std::string tail;          // the last tail_bytes bytes of the text
-  bool whole_text = false;   // every byte of the text was read
+  std::string energy_entry;     // the text of the energy line's entry, if found
+  std::string head;             // the first head_bytes bytes of the text (fewer if it is shorter)
+  std::string tail;             // the last tail_bytes bytes of the text
+  bool whole_text = false;      // every byte of the text was read
   std::uint64_t text_size = 0;  // bytes of text: known for a plain regular file, or whole_text
 };
 

@@ -162,8 +162,7 @@ TEST(SpEnergy, RealEngineOutputs) {
       std::snprintf(energy, sizeof energy, "%.15g", result.hartree);
       // The matched line's number: the entries before it, plus one.
       const auto before = static_cast<std::size_t>(result.line.data() - text.data());
-      EXPECT_EQ(std::to_string(count_log_entries(text.substr(0, before)) + 1), cells.at(7))
-          << file;
+      EXPECT_EQ(std::to_string(count_log_entries(text.substr(0, before)) + 1), cells.at(7)) << file;
     }
     EXPECT_EQ(energy, cells.at(9)) << file;  // the energy as %.15g, or NONE
   }
