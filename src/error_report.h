@@ -12,8 +12,10 @@ constexpr int kFailureStatus = 255;
 // Flushes both standard streams and ends the process with kFailureStatus.
 [[noreturn]] void end_with_failure();
 
-// The source position of a report, as the error header (mmutil::print_error_header) names it.
-#define REPORT_SITE __FILE_NAME__, __LINE__
+// The source position of a report, as the error header (mmutil::print_error_header) names it:
+// every report of the energy job names the driver's source file, wherever the code that
+// detects the failure lives, so that scripts can match one text; the line is the report's own.
+#define REPORT_SITE "get_inter_ener.cpp", __LINE__
 
 // Reports a failure at this source position and ends the process:
 //   FAIL("Failed to open input file: %s\n", name);

@@ -2,6 +2,7 @@
 // simulations. Reads the batch job list, takes the final SCF energy of each listed anion,
 // cation and neutral output file, and writes the site-energy tables.
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include "driver.h"
 #include "error_report.h"
 #include "input_file.h"
+#include "input_lists.h"
 
 namespace {
 
@@ -70,6 +72,10 @@ const char* option_value(int argc, char** argv, int& i) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A closed standard output or a file-size limit fails the write that meets it, which is
+  // then reported, instead of killing the run with no word.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   // Every informative line reaches the terminal or log as soon as it is printed.
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   std::string batch_name = "int_ener_files.dat";
@@ -90,7 +96,7 @@ int main(int argc, char** argv) {
     } else if (matches(arg, "-neighbor")) {
       if (bVerbose) std::printf("  Set to treat neighbor.dat for site energies\n");
     } else if (matches(arg, "-qcflag")) {
-      engine_code = std::atoi(option_value(argc, argv, i));
+      engine_code = read_int(option_value(argc, argv, i));
       if (bVerbose) std::printf("  -qcflag %d\n", engine_code);
     } else if (matches(arg, "-h") || matches(arg, "--help")) {
       print_usage(prog);

@@ -1,5 +1,7 @@
 #include "input_lists.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdlib>
 
 #include "mmutil/text.h"
@@ -12,7 +14,7 @@ void read_line(std::FILE* in, char (&line)[256]) { (void)std::fgets(line, sizeof
 
 int read_number(std::FILE* in, char (&line)[256]) {
   read_line(in, line);
-  return std::atoi(line);
+  return read_int(line);
 }
 
 ListStatus check_count(int count) {
@@ -22,6 +24,11 @@ ListStatus check_count(int count) {
 }
 
 }  // namespace
+
+int read_int(const char* text) {
+  const long long value = std::strtoll(text, nullptr, 10);  // saturates beyond its own range
+  return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
+}
 
 ListStatus read_batch_list(std::FILE* batch, BatchList& list) {
   char line[256] = "";
@@ -49,7 +56,9 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
   int listed = 0;  // neighbours of the sites before this one
   for (int s = 1; s <= site_count; ++s) {
     fault.site = s;
-    table.root_mol_id.push_back(read_number(in, line) - 1);
+    // The site's own number takes no part in the tables; the lowest int has no predecessor.
+    const int root = read_number(in, line);
+    table.root_mol_id.push_back(root > INT_MIN ? root - 1 : root);
     fault.value = read_number(in, line);  // the neighbour count
     const ListStatus status = check_count(fault.value);
     if (status != ListStatus::ok) return status;

@@ -26,6 +26,13 @@ enum class ListStatus {
   neighbor_out_of_range,
 };
 
+// A number as atoi() reads it (leading blanks, a sign, digits; no digits gives 0), but judged
+// as the number written: one beyond the range of int gives the nearest int instead of the
+// wrapped value.
+//
+//   " 12 jobs" -> 12;   "4294967297" -> 2147483647;   "-99999999999" -> -2147483648
+int read_int(const char* text);
+
 // Reads the job count (line 1, as atoi() reads it) and the next job_count lines, through a
 // 256-byte buffer: a longer line is split, and at the end of the file every missing line
 // repeats the last one read. Stops before reading any job line if the count is negative or

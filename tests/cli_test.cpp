@@ -9,11 +9,13 @@
 // changes).
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -49,8 +51,10 @@ Files read_tree(const fs::path& dir) {
   return files;
 }
 
-ToolRun run_tool(const fs::path& dir, std::string argv0, std::vector<std::string> args,
-                 const std::string& stdout_path = "") {
+// Runs the tool in `dir`. `prepare` runs in the child just before the tool starts.
+ToolRun run_tool(
+    const fs::path& dir, std::string argv0, std::vector<std::string> args,
+    const std::string& stdout_path = "", const std::function<void()>& prepare = [] {}) {
   const fs::path capture = make_temp_dir();
   const std::string out_path = stdout_path.empty() ? (capture / "out").string() : stdout_path;
   std::vector<char*> argv{argv0.data()};
@@ -60,6 +64,7 @@ ToolRun run_tool(const fs::path& dir, std::string argv0, std::vector<std::string
     const int out = open(out_path.c_str(), O_WRONLY | O_CREAT, 0644);
     const int err = open((capture / "err").c_str(), O_WRONLY | O_CREAT, 0644);
     if (dup2(out, 1) >= 0 && dup2(err, 2) >= 0 && chdir(dir.c_str()) == 0) {
+      prepare();
       execv(TOOL_PATH, argv.data());
     }
     _exit(127);
@@ -157,6 +162,52 @@ TEST(Cli, HundredSitesNameThreeDigitFiles) {
     EXPECT_EQ(files.count(name), 1u) << name;
   }
   fs::remove_all(work);
+}
+
+// Writes that fail because of the process's surroundings end with a report, never by a
+// signal: a standard output whose reader has gone (the tables are still all written), and a
+// file-size limit.
+TEST(Cli, WriteFailuresAreReported) {
+  struct Case {
+    const char* name;
+    std::function<void()> prepare;
+    int status;
+    std::string out, err;
+    bool tables_written;
+  };
+  int reader_gone[2];
+  ASSERT_EQ(pipe(reader_gone), 0);
+  close(reader_gone[0]);
+  const Case cases[] = {
+      {"closed pipe", [&] { dup2(reader_gone[1], 1); }, 255, "",
+       "Failed to write standard output: Broken pipe\n", true},
+      {"file-size limit",
+       [] {
+         const rlimit limit{200, 200};  // room for the report, not for uc_U.dat
+         setrlimit(RLIMIT_FSIZE, &limit);
+       },
+       255,
+       "Treating batch file: int_ener_files.dat...\n\nERROR  transport : get_inter_ener.cpp : "
+       "line N : \nFailed to write output file uc_U.dat: File too large\n",
+       "", false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const fs::path work = make_temp_dir();
+    fs::copy(EXAMPLES_DIR, work, fs::copy_options::recursive);
+    const ToolRun run = run_tool(work, "get_inter_ener", {"-neighbor"}, "", c.prepare);
+    EXPECT_EQ(run.status, c.status);
+    const std::regex line_number("(line )[0-9]+");
+    EXPECT_EQ(std::regex_replace(run.out, line_number, "$1N"), c.out);
+    EXPECT_EQ(run.err, c.err);
+    for (const auto& expected : fs::directory_iterator(fs::path(EXAMPLES_DIR) / "expected")) {
+      const fs::path written = work / expected.path().filename();
+      EXPECT_EQ(fs::exists(written) && read_file(written) == read_file(expected), c.tables_written)
+          << written;
+    }
+    fs::remove_all(work);
+  }
+  close(reader_gone[1]);
 }
 
 }  // namespace

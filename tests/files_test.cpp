@@ -115,6 +115,30 @@ TEST(Dates, FormatsDayUnpaddedAndTimePadded) {
   EXPECT_EQ(std::string(get_now_date_time()).find(std::to_string(year)), 20u - (day < 10));
 }
 
+// The local time follows TZ when the program changes it: zones 26 hours apart never share
+// a date, and zones 12 hours apart differ by 12 on the clock.
+TEST(Dates, FollowTheTimeZoneSet) {
+  const auto date_in = [](const char* zone) {
+    setenv("TZ", zone, 1);
+    int month = 0, day = 0, year = 0;
+    get_date(&month, &day, &year);
+    return std::to_string(year) + "-" + std::to_string(month) + "-" + std::to_string(day);
+  };
+  const auto clock_in = [](const char* zone) {
+    setenv("TZ", zone, 1);
+    const std::string text = get_now_date_time();
+    const std::size_t hour = text.find(':') - 2;
+    return std::stoi(text.substr(hour, 2)) * 60 + std::stoi(text.substr(hour + 3, 2));
+  };
+  EXPECT_NE(date_in("<-12>12"), date_in("<+14>-14"));
+  int apart = 0;
+  for (int attempt = 0; attempt < 3 && apart != 12 * 60; ++attempt) {  // a minute may turn
+    apart = (clock_in("<+12>-12") - clock_in("UTC0") + 24 * 60) % (24 * 60);
+  }
+  EXPECT_EQ(apart, 12 * 60);
+  unsetenv("TZ");
+}
+
 TEST_F(InTempDir, TablesHaveTheirFixedLayouts) {
   const double r0[] = {1, -2, 3.5, 0}, r1[] = {4, 5, 6, 7}, r2[] = {0.125, 8, 9, 10};
   const double* rows[] = {r0, r1, r2};

@@ -23,6 +23,8 @@ std::FILE* create_table(const char* path, int line) {
 std::tm local_now() {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
+  // localtime_r() need not look at TZ again; tzset() does, so a changed zone is followed.
+  tzset();
   localtime_r(&now, &local);
   return local;
 }
