@@ -33,6 +33,9 @@ struct LogScanOptions {
   bool count_entries = false;  // count every entry (reads the whole text)
   std::size_t head_bytes = 0;  // keep the text's first head_bytes bytes
   std::size_t tail_bytes = 0;  // keep the text's last tail_bytes bytes
+  // Bytes asked of the file by each read, a power of two of at least 2 KiB; the tests make
+  // it small to put block boundaries everywhere.
+  std::size_t block_bytes = 128 * 1024;
 };
 
 enum class LogReadStatus {
@@ -56,8 +59,15 @@ struct LogScan {
   std::uint64_t text_size = 0;  // bytes of text: known for a plain regular file, or whole_text
 };
 
-// Reads what `options` asks of the file `file_name` and its energy line into `scan`.
+// Reads what `options` asks of the file `file_name` and its energy line into `scan`. A plain
+// regular file is read from its end backwards unless its entries are counted; anything else
+// is read forward. Memory stays within two blocks and the head and tail asked for.
 void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& scan);
+
+// The backward reading of a plain regular file, open as `fd`, of `size` bytes as it was
+// found on opening: a file that turns out shorter (truncated meanwhile) is read_failed.
+void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
+                                LogScan& scan);
 
 // Number of entries of `text`: each physical line (its newline included, the last one
 // perhaps without) counts one entry per started 1023 characters. An empty text has none.
@@ -82,6 +92,13 @@ const char* sp_ener_marker(int engine_code);
 //
 //   " SCF Done:  E(RB3LYP) =  -693.291234567     A.U. after   12 cycles"  ->  -693.291234567
 SpEnerResult sp_ener_from_line(std::string_view line);
+
+// Finds the energy line's entry in `text`, a run of whole entries: it begins where an entry
+// begins and ends where one ends. `starts_file` says whether its first entry is the file's
+// first, which is never examined. Returns false if no entry holds the marker.
+//
+//   find_energy_entry("x\n SCF Done: E = -1 A.U.\n", true, e)  ->  e = " SCF Done: E = -1 A.U."
+bool find_energy_entry(std::string_view text, bool starts_file, std::string_view& entry);
 
 // The energy line of a whole text held in memory, and its energy. Engine codes above 4 are
 // unknown; codes of 0 and below are taken as 1.

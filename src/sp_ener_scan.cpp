@@ -1,4 +1,5 @@
-// The search for the final single-point energy line, from the end of a file's text backwards.
+// The search for the final single-point energy line in a run of whole entries, from its end
+// backwards, and the energy it holds.
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -89,9 +90,8 @@ SpEnerResult sp_ener_from_line(std::string_view line) {
   return {SpEnerStatus::found, line, std::atof(fields[4].c_str())};
 }
 
-SpEnerResult scan_sp_ener(std::string_view text, int engine_code) {
-  if (engine_code > 4) return {SpEnerStatus::unknown_engine, {}, 0.0};
-  const std::string_view marker = sp_ener_marker(engine_code);
+bool find_energy_entry(std::string_view text, bool starts_file, std::string_view& entry) {
+  const std::string_view marker = kEnergyMarker;
   // Occurrences are taken from the last one back. One counts if it lies in the text of an
   // entry other than the first: before the entry's first NUL and not across the 1023-character
   // split of a long line.
@@ -103,7 +103,7 @@ SpEnerResult scan_sp_ener(std::string_view text, int engine_code) {
     // An earlier occurrence on the same line shares its start: each line is looked up once.
     if (line_begin == npos || at < line_begin) line_begin = line_start(text, at);
     const std::size_t begin = line_begin + (at - line_begin) / kMaxEntryLength * kMaxEntryLength;
-    if (begin == 0) break;  // the first entry is never examined
+    if (begin == 0 && starts_file) break;  // the first entry is never examined
     const void* nul = std::memchr(text.data() + begin, '\0', at - begin);
     if (nul != nullptr) {  // the entry's text ends before this occurrence
       limit = static_cast<const char*>(nul) - text.data();
@@ -114,7 +114,15 @@ SpEnerResult scan_sp_ener(std::string_view text, int engine_code) {
       limit = at + marker.size() - 1;
       continue;
     }
-    return sp_ener_from_line(entry_text(text, begin, end));
+    entry = entry_text(text, begin, end);
+    return true;
   }
-  return {SpEnerStatus::marker_not_found, {}, 0.0};
+  return false;
+}
+
+SpEnerResult scan_sp_ener(std::string_view text, int engine_code) {
+  if (engine_code > 4) return {SpEnerStatus::unknown_engine, {}, 0.0};
+  std::string_view entry;
+  if (!find_energy_entry(text, true, entry)) return {SpEnerStatus::marker_not_found, {}, 0.0};
+  return sp_ener_from_line(entry);
 }

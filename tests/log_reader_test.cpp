@@ -1,7 +1,10 @@
-// Tests of the line store and the energy extraction. The recorded black-box runs in
-// tests/cli/ cover the reader's messages and its rules on small files.
+// Tests of the reader: its entry count and energy line on every reading path (in memory,
+// backward from a file's end, forward through a file or a pipe) against a plain line reader.
+// The recorded black-box runs in tests/cli/ cover the reader's messages and its rules on
+// small files.
 #include "log_reader.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -19,6 +22,12 @@ namespace {
 
 using namespace std::string_literals;
 
+int count_open_descriptors() {
+  int open = 0;
+  for (int fd = 0; fd < 1024; ++fd) open += fcntl(fd, F_GETFD) != -1;
+  return open;
+}
+
 // Writes `bytes` to a file of this test's own, since ctest runs tests side by side.
 std::string write_temp(const std::string& bytes) {
   const std::string path =
@@ -27,8 +36,21 @@ std::string write_temp(const std::string& bytes) {
   return path;
 }
 
-// Compares the store's count and search with the reference line reader on `bytes`.
-void expect_same_as_line_reader(const std::string& bytes) {
+// Reads `path` with blocks of `block` bytes: backward, or forward when `count` is set.
+LogScan scan_path(const std::string& path, bool count, std::size_t block, std::size_t ends = 0) {
+  LogScanOptions options;
+  options.count_entries = count;
+  options.block_bytes = block;
+  options.head_bytes = ends;
+  options.tail_bytes = ends;
+  LogScan scan;
+  scan_log_file(path.c_str(), options, scan);
+  return scan;
+}
+
+// Compares the count and the search with the reference line reader on `bytes`: in memory,
+// and read from a file backward and forward with blocks of `block` bytes.
+void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 4096) {
   const std::vector<std::string> entries = line_reader_entries(bytes);
   const SpEnerResult expected = reference_scan(entries);
   const SpEnerResult got = scan_sp_ener(bytes, 1);
@@ -36,6 +58,18 @@ void expect_same_as_line_reader(const std::string& bytes) {
   EXPECT_EQ(got.status, expected.status);
   EXPECT_EQ(got.line, expected.line);
   EXPECT_EQ(got.hartree, expected.hartree);
+  const std::string path = write_temp(bytes);
+  for (const bool forward : {false, true}) {
+    SCOPED_TRACE(forward ? "forward" : "backward");
+    const LogScan scan = scan_path(path, forward, block, 100);
+    EXPECT_EQ(scan.status, LogReadStatus::ok);
+    EXPECT_EQ(scan.marker_found, expected.status != SpEnerStatus::marker_not_found);
+    EXPECT_EQ(scan.energy_entry, expected.line);
+    EXPECT_EQ(scan.entry_count, forward ? entries.size() : 0u);
+    EXPECT_EQ(scan.head, bytes.substr(0, 100));
+    EXPECT_EQ(scan.tail, bytes.substr(bytes.size() - std::min<std::size_t>(bytes.size(), 100)));
+    EXPECT_EQ(scan.text_size, bytes.size());
+  }
 }
 
 TEST(LineStore, CountAndEnergyLineFollowTheLineReads) {
@@ -96,6 +130,9 @@ TEST(LineStore, AgreesWithALineReaderOnRandomTexts) {
       "S",
   };
   const std::size_t runs[] = {1, 7, 15, 16, 17, 63, 64, 65, 1000, 1015, 1022, 1023, 1024, 2046};
+  // Blocks around the pieces and the 1023-character entries put block boundaries everywhere.
+  const std::size_t blocks[] = {1, 2, 7, 16, 64, 1022, 1023, 1024, 1025, 4096};
+  const int descriptors = count_open_descriptors();
   std::mt19937 random(20261121);
   for (int text = 0; text < 3000; ++text) {
     std::string bytes;
@@ -107,10 +144,12 @@ TEST(LineStore, AgreesWithALineReaderOnRandomTexts) {
         bytes += pieces[random() % std::size(pieces)];
       }
     }
-    SCOPED_TRACE(testing::Message() << "text " << text);
-    expect_same_as_line_reader(bytes);
+    const std::size_t block = blocks[random() % std::size(blocks)];
+    SCOPED_TRACE(testing::Message() << "text " << text << ", blocks of " << block);
+    expect_same_as_line_reader(bytes, block);
     if (HasFailure()) break;
   }
+  EXPECT_EQ(count_open_descriptors(), descriptors);  // every file is closed
 }
 
 // A pipe has no length: its bytes are read to the end, with the same entries as from a file.
@@ -136,6 +175,26 @@ TEST(LineStore, ReadsAPipeWhole) {
   EXPECT_EQ(scan.entry_count, 20002u);
   EXPECT_EQ(sp_ener_from_line(scan.energy_entry).hartree, -7.25);
   unlink(path.c_str());
+}
+
+// A file cut short by another process after it was opened: the backward reading meets the
+// end early and says so, instead of taking a wrong line or dying of a signal.
+TEST(LineStore, AFileThatShrinksIsAReadFailure) {
+  std::string bytes = "head\n SCF Done:  E(X) =  -7.25  A.U.\n";
+  bytes += std::string(10000, 'x') + "\n";
+  const std::string path = write_temp(bytes);
+  const int fd = open(path.c_str(), O_RDONLY);
+  ASSERT_GE(fd, 0);
+  LogScanOptions options;
+  options.block_bytes = 4096;
+  for (const std::uint64_t size_when_opened : {bytes.size() + 1, bytes.size() * 3}) {
+    LogScan scan;
+    scan_regular_file_backward(fd, size_when_opened, options, scan);
+    EXPECT_EQ(scan.status, LogReadStatus::read_failed);
+    EXPECT_EQ(scan.error, "the file became shorter while it was read");
+    EXPECT_FALSE(scan.marker_found);
+  }
+  close(fd);
 }
 
 // The engine outputs of the shared test collection, where it is present beside the project.
@@ -165,6 +224,11 @@ TEST(SpEnergy, RealEngineOutputs) {
       EXPECT_EQ(std::to_string(count_log_entries(text.substr(0, before)) + 1), cells.at(7)) << file;
     }
     EXPECT_EQ(energy, cells.at(9)) << file;  // the energy as %.15g, or NONE
+    for (const bool forward : {false, true}) {
+      const LogScan scan = scan_path(dir + "/" + file, forward, 128 * 1024);
+      EXPECT_EQ(scan.energy_entry, result.line) << file;
+      EXPECT_EQ(scan.entry_count, forward ? std::stoul(cells.at(5)) : 0u) << file;
+    }
   }
   EXPECT_GT(checked, 0);
 }

@@ -1,12 +1,8 @@
-// Reading one output file: its energy line, its entry count, and its ends.
-#include <sys/stat.h>
-#include <unistd.h>
+// The entry count of a text: its newlines, and the pieces of its long lines.
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 
-#include "input_file.h"
 #include "log_reader.h"
 
 #ifdef __SSE2__
@@ -47,48 +43,6 @@ std::size_t bit_count(std::uint64_t x) {
 }
 
 }  // namespace
-
-void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& scan) {
-  scan = LogScan{};
-  struct stat info {};
-  const int fd = open_input_fd(file_name, info);
-  if (fd < 0) {
-    scan.status = LogReadStatus::cannot_open;
-    return;
-  }
-  ByteSource source;
-  std::string text;
-  bool ok = open_byte_source(fd, source);
-  for (char block[1 << 16]; ok;) {
-    const long got = read_text(source, block, sizeof block);
-    if (got <= 0) {
-      ok = got == 0;
-      break;
-    }
-    text.append(block, static_cast<std::size_t>(got));
-  }
-  scan.format = source.format;
-  if (!ok) {
-    scan.status = LogReadStatus::read_failed;
-    scan.error = source.error;
-  }
-  close_byte_source(source);
-  close(fd);
-  if (!ok) return;
-  scan.whole_text = true;
-  scan.text_size = text.size();
-  if (options.count_entries) {
-    scan.counted = true;
-    scan.entry_count = count_log_entries(text);
-  }
-  const SpEnerResult result = scan_sp_ener(text, 1);
-  if (result.status != SpEnerStatus::marker_not_found) {
-    scan.marker_found = true;
-    scan.energy_entry = result.line;
-  }
-  scan.head = text.substr(0, options.head_bytes);
-  scan.tail = text.substr(text.size() - std::min(text.size(), options.tail_bytes));
-}
 
 std::size_t count_log_entries(std::string_view text) {
   const char* const p = text.data();

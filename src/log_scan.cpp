@@ -1,0 +1,217 @@
+// Reading one output file in bounded memory: a plain regular file from its end backwards,
+// everything else forward in blocks. Both feed runs of the text, in order, to one forward
+// scanner that knows where entries begin, so the entry rules live in one place.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "input_file.h"
+#include "log_reader.h"
+
+namespace {
+
+// The forward scanner. Its buffer holds the start of an entry that is not yet complete (at
+// most kMaxEntryLength - 1 bytes, carried from the previous block) followed by the next block.
+// Only whole entries are searched and counted; the rest waits for the next block.
+struct ForwardScan {
+  std::vector<char> buffer;
+  std::size_t carried = 0;
+  bool starts_file = true;  // the buffer's first byte is the first byte of the text
+  bool count_entries = false;
+};
+
+void start_forward_scan(ForwardScan& scan, bool starts_file, const LogScanOptions& options) {
+  scan.buffer.resize(kMaxEntryLength - 1 + options.block_bytes);
+  scan.carried = 0;
+  scan.starts_file = starts_file;
+  scan.count_entries = options.count_entries;
+}
+
+// Where the next block goes, and how much room it has.
+char* block_space(ForwardScan& scan) { return scan.buffer.data() + scan.carried; }
+std::size_t block_room(const ForwardScan& scan) { return scan.buffer.size() - scan.carried; }
+
+// End of the whole entries among the first `length` bytes of a buffer that begins an entry:
+// past the last newline, the pieces of 1023 characters that are complete.
+std::size_t whole_entries_end(const char* p, std::size_t length) {
+  const void* newline = memrchr(p, '\n', length);
+  const std::size_t line = newline != nullptr ? static_cast<const char*>(newline) - p + 1 : 0;
+  return line + (length - line) / kMaxEntryLength * kMaxEntryLength;
+}
+
+// Takes the `added` bytes just written at block_space(): searches and counts the whole
+// entries, and carries the rest. At the end of the text the last entry is whole too.
+void scan_block(ForwardScan& scan, std::size_t added, bool at_end, LogScan& result) {
+  const char* const p = scan.buffer.data();
+  const std::size_t length = scan.carried + added;
+  const std::size_t whole = at_end ? length : whole_entries_end(p, length);
+  const std::string_view entries(p, whole);
+  if (scan.count_entries) result.entry_count += count_log_entries(entries);
+  std::string_view entry;
+  if (find_energy_entry(entries, scan.starts_file, entry)) {
+    result.marker_found = true;
+    result.energy_entry.assign(entry);
+  }
+  std::memmove(scan.buffer.data(), p + whole, length - whole);
+  scan.carried = length - whole;
+  scan.starts_file = scan.starts_file && whole == 0;
+}
+
+// Keeps the first head_bytes and the last tail_bytes of the text that goes by.
+void keep_ends(const char* p, std::size_t n, const LogScanOptions& options, LogScan& result) {
+  if (result.head.size() < options.head_bytes) {
+    result.head.append(p, std::min(n, options.head_bytes - result.head.size()));
+  }
+  if (options.tail_bytes == 0) return;
+  if (n >= options.tail_bytes) {
+    result.tail.assign(p + n - options.tail_bytes, options.tail_bytes);
+  } else {
+    result.tail.append(p, n);
+    if (result.tail.size() > options.tail_bytes) {
+      result.tail.erase(0, result.tail.size() - options.tail_bytes);
+    }
+  }
+}
+
+void fail(LogScan& result, const std::string& why) {
+  result.status = LogReadStatus::read_failed;
+  result.error = why;
+}
+
+// Reads the whole text of `source` forward, block by block.
+void scan_forward(ByteSource& source, const LogScanOptions& options, LogScan& result) {
+  ForwardScan scan;
+  start_forward_scan(scan, true, options);
+  result.counted = options.count_entries;
+  for (;;) {
+    char* const space = block_space(scan);
+    const long got = read_text(source, space, block_room(scan));
+    if (got < 0) return fail(result, source.error);
+    const auto added = static_cast<std::size_t>(got);
+    keep_ends(space, added, options, result);
+    result.text_size += added;
+    scan_block(scan, added, got == 0, result);
+    if (got == 0) break;
+  }
+  result.whole_text = true;
+}
+
+// Reads exactly `n` bytes at `offset`. A short read means the file shrank after it was opened.
+bool read_at(int fd, char* out, std::size_t n, std::uint64_t offset, LogScan& result) {
+  while (n > 0) {
+    const ssize_t got = pread(fd, out, n, static_cast<off_t>(offset));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      fail(result, std::strerror(errno));
+      return false;
+    }
+    if (got == 0) {
+      fail(result, "the file became shorter while it was read");
+      return false;
+    }
+    out += got;
+    n -= static_cast<std::size_t>(got);
+    offset += static_cast<std::uint64_t>(got);
+  }
+  return true;
+}
+
+// The start of a line at or after `low` and before `end`, itself a line start: the first one
+// in the window [low, end), or, when that window lies within one line, the start of that line
+// however far back it is. The newline at end - 1 ends the run and is not looked at.
+bool line_start_before(int fd, std::uint64_t end, std::size_t window, std::vector<char>& buffer,
+                       std::uint64_t& start, LogScan& result) {
+  std::uint64_t high = end - 1;
+  bool first_window = true;
+  while (high > 0) {
+    const std::uint64_t low = high > window ? high - window : 0;
+    const auto n = static_cast<std::size_t>(high - low);
+    if (!read_at(fd, buffer.data(), n, low, result)) return false;
+    const void* newline =
+        first_window ? std::memchr(buffer.data(), '\n', n) : memrchr(buffer.data(), '\n', n);
+    if (newline != nullptr) {
+      start =
+          low + static_cast<std::uint64_t>(static_cast<const char*>(newline) - buffer.data()) + 1;
+      return true;
+    }
+    high = low;
+    first_window = false;
+  }
+  start = 0;
+  return true;
+}
+
+// Scans the run [begin, end) of whole entries forward.
+bool scan_run(int fd, std::uint64_t begin, std::uint64_t end, const LogScanOptions& options,
+              ForwardScan& scan, LogScan& result) {
+  start_forward_scan(scan, begin == 0, options);
+  for (std::uint64_t at = begin; at < end;) {
+    const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(block_room(scan), end - at));
+    if (!read_at(fd, block_space(scan), n, at, result)) return false;
+    at += n;
+    scan_block(scan, n, at == end, result);
+  }
+  return true;
+}
+
+}  // namespace
+
+void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
+                                LogScan& result) {
+  result.text_size = size;
+  // Only what is asked is read: the kernel's read-ahead would pull in more.
+  posix_fadvise(fd, 0, 0, POSIX_FADV_RANDOM);
+  result.head.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, options.head_bytes)));
+  result.tail.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, options.tail_bytes)));
+  if (!read_at(fd, result.head.data(), result.head.size(), 0, result) ||
+      !read_at(fd, result.tail.data(), result.tail.size(), size - result.tail.size(), result)) {
+    return;
+  }
+  // Runs of whole lines, from the last back: the last run that holds an energy line holds
+  // the file's last one.
+  std::vector<char> window(options.block_bytes);
+  ForwardScan scan;
+  std::uint64_t end = size;
+  while (end > 0 && !result.marker_found) {
+    std::uint64_t begin = 0;
+    if (!line_start_before(fd, end, options.block_bytes, window, begin, result) ||
+        !scan_run(fd, begin, end, options, scan, result)) {
+      return;
+    }
+    end = begin;
+  }
+  result.whole_text = end == 0;
+}
+
+void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& result) {
+  result = LogScan{};
+  struct stat info {};
+  const int fd = open_input_fd(file_name, info);
+  if (fd < 0) {
+    result.status = LogReadStatus::cannot_open;
+    return;
+  }
+  ByteSource source;
+  if (!open_byte_source(fd, source)) {
+    fail(result, source.error);
+  } else {
+    result.format = source.format;
+    // A plain file of known length needs only its end; a count needs every byte anyway, and
+    // pipes, devices, files of size 0 and compressed streams can only be read forward.
+    const bool backward = source.format == TextFormat::plain && S_ISREG(info.st_mode) &&
+                          info.st_size > 0 && !options.count_entries;
+    if (backward) {
+      scan_regular_file_backward(fd, static_cast<std::uint64_t>(info.st_size), options, result);
+    } else {
+      posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
+      scan_forward(source, options, result);
+    }
+  }
+  close_byte_source(source);
+  close(fd);
+}
