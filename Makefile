@@ -14,7 +14,10 @@ DEMO_DIR := $(RELEASE_DIR)/demo
 BENCH_DIR := $(BUILD_DIR)/bench
 BENCH_RUNS ?= 21
 BENCH_MIB ?= 64
+BENCH_COLD_RUNS ?= 5
 BENCH_DATA := $(BENCH_DIR)/data-$(BENCH_MIB)
+BENCH_COLD_DATA := $(BENCH_DIR)/data-cold
+BENCH_TOOL = $(BENCH_DIR)/bench/job_vs_cat $(abspath $(BENCH_DIR))/src/get_inter_ener
 PACKAGE_DIR := $(BUILD_DIR)/packages
 SANITIZE_DIR := $(BUILD_DIR)/sanitize
 FUZZ_DIR := $(BUILD_DIR)/fuzz
@@ -64,20 +67,27 @@ fuzz:
 	  echo "$$f: $$(grep -h 'stat::number_of_executed_units' $(FUZZ_DIR)/$$f.log) in $(FUZZ_SECONDS) s"; \
 	done
 
-# Three generated outputs of BENCH_MIB MiB (kept between runs), the whole job against cat in
-# BENCH_RUNS alternating runs, then the reader's throughput on one file.
+# Generated outputs, kept between runs: three of BENCH_MIB MiB (the last energy line
+# BENCH_MIB/16 MiB before the end), and thirty of 16 MiB (24 KiB before the end, as in a real
+# single point). The whole
+# job against cat with a warm page cache, through FIFOs, and with a cold page cache (every file
+# evicted before each run), BENCH_RUNS alternating runs each (BENCH_COLD_RUNS cold); then the
+# reader's throughput on one file.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
-	mkdir -p $(BENCH_DATA)
-	cd $(BENCH_DATA) && for seed in 1 2 3; do \
-	  [ -f mol_$$seed.log ] || { ../bench/log_generator mol_$$seed.part $(BENCH_MIB) $$seed && \
-	  mv mol_$$seed.part mol_$$seed.log; } || exit 1; done
-	printf '1\nmol_1.log mol_2.log mol_3.log\n' > $(BENCH_DATA)/int_ener_files.dat
-	printf '1\n1\n1\n1\n' > $(BENCH_DATA)/neighbor.dat
-	$(BENCH_DIR)/bench/job_vs_cat $(abspath $(BENCH_DIR))/src/get_inter_ener $(BENCH_DATA) \
-	  $(BENCH_RUNS) mol_1.log mol_2.log mol_3.log
+	$(call generate_logs,$(BENCH_DATA),$(BENCH_MIB),1 2 3,)
+	$(call generate_logs,$(BENCH_COLD_DATA),16,$(shell seq 1 30),24)
+	$(BENCH_TOOL) $(BENCH_DATA) $(BENCH_RUNS) warm mol_1.log mol_2.log mol_3.log
+	$(BENCH_TOOL) $(BENCH_DATA) $(BENCH_RUNS) pipe mol_1.log mol_2.log mol_3.log
+	$(BENCH_TOOL) $(BENCH_COLD_DATA) $(BENCH_COLD_RUNS) cold $(foreach s,$(shell seq 1 30),mol_$(s).log)
 	$(BENCH_DIR)/bench/log_reader_bench $(BENCH_DATA)/mol_1.log
+
+# $(call generate_logs,DIR,MIB,SEEDS,TAIL_KIB): DIR/mol_SEED.log of MIB MiB for each seed,
+# unless there; the last energy line TAIL_KIB before the end (empty: MIB/16).
+generate_logs = mkdir -p $(1) && cd $(1) && for seed in $(3); do \
+	  [ -f mol_$$seed.log ] || { $(abspath $(BENCH_DIR))/bench/log_generator mol_$$seed.part $(2) $$seed $(4) && \
+	  mv mol_$$seed.part mol_$$seed.log; } || exit 1; done
 
 install: $(RELEASE_DIR)/src/get_inter_ener
 	cmake --install $(RELEASE_DIR) --prefix $(PREFIX)

@@ -3,7 +3,8 @@
 // and forces per step), now and then a line of several thousand characters, and a long tail of
 // population analysis after the last energy line.
 //
-//   log_generator OUT SIZE_MIB [SEED] [TAIL_MIB]
+//   log_generator OUT SIZE_MIB [SEED] [TAIL_KIB]
+// The tail is SIZE/16 unless TAIL_KIB gives it.
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -110,12 +111,12 @@ void write_population_tail(std::FILE* out, long bytes) {
 
 int main(int argc, char** argv) {
   if (argc < 3) {
-    std::fprintf(stderr, "usage: %s OUT SIZE_MIB [SEED] [TAIL_MIB]\n", argv[0]);
+    std::fprintf(stderr, "usage: %s OUT SIZE_MIB [SEED] [TAIL_KIB]\n", argv[0]);
     return 2;
   }
   const long size = std::atol(argv[2]) << 20;
   if (argc > 3) g_state += std::strtoull(argv[3], nullptr, 10) * 0x9E3779B97F4A7C15ull;
-  const long tail = argc > 4 ? std::atol(argv[4]) << 20 : size / 16;
+  const long tail = argc > 4 ? std::atol(argv[4]) << 10 : size / 16;
   std::FILE* out = std::fopen(argv[1], "w");
   if (out == nullptr) {
     std::perror(argv[1]);

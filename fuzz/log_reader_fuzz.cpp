@@ -1,13 +1,39 @@
-// Fuzzes the line store's entry count and the energy search on arbitrary bytes, against the
-// plain line reader they must agree with.
+// Fuzzes the reader on arbitrary bytes against the plain line reader it must agree with: the
+// entry count and the energy search in memory, and the file read backward and forward with
+// blocks of a size taken from the input.
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 #include "log_reader.h"
 #include "reference_line_reader.h"
 
+namespace {
+
+// Reads the bytes as a file, backward or forward, in blocks of `block` bytes.
+LogScan scan_as_file(const std::string& bytes, bool forward, std::size_t block) {
+  LogScan scan;
+  const int fd = memfd_create("log", 0);
+  if (fd < 0 || write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+    __builtin_trap();
+  }
+  LogScanOptions options;
+  options.count_entries = forward;
+  options.block_bytes = block;
+  scan_log_file(("/proc/self/fd/" + std::to_string(fd)).c_str(), options, scan);
+  close(fd);
+  return scan;
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string bytes(reinterpret_cast<const char*>(data), size);
+  if (size == 0) return 0;
+  const std::size_t block = 1 + data[0] % 64 * 32;  // 1 to 2017 bytes
+  const std::string bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
   const std::vector<std::string> entries = line_reader_entries(bytes);
   if (count_log_entries(bytes) != entries.size()) __builtin_trap();
   const SpEnerResult got = scan_sp_ener(bytes, 1);
@@ -15,5 +41,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (got.status != expected.status || got.line != expected.line) __builtin_trap();
   // The same bits: a field such as "nan" converts to a NaN that equals nothing.
   if (std::memcmp(&got.hartree, &expected.hartree, sizeof got.hartree) != 0) __builtin_trap();
+  for (const bool forward : {false, true}) {
+    const LogScan scan = scan_as_file(bytes, forward, block);
+    if (scan.status != LogReadStatus::ok || scan.energy_entry != expected.line ||
+        scan.marker_found != (expected.status != SpEnerStatus::marker_not_found) ||
+        scan.entry_count != (forward ? entries.size() : 0)) {
+      __builtin_trap();
+    }
+  }
   return 0;
 }

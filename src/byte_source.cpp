@@ -63,7 +63,20 @@ const char* format_name(TextFormat format) {
 bool open_byte_source(int fd, ByteSource& source) {
   source = ByteSource{};
   source.fd = fd;
-  const long got = read_fully(fd, source.head, sizeof source.head, source.error);
+  ssize_t got = -1;
+  do {
+    got = pread(fd, source.head, sizeof source.head, 0);
+  } while (got < 0 && errno == EINTR);
+  if (got >= 0) {  // the descriptor has not moved: its bytes come again from the start
+    source.head_length = static_cast<std::size_t>(got);
+    source.head_used = source.head_length;
+    return true;
+  }
+  if (errno != ESPIPE) {
+    source.error = std::strerror(errno);
+    return false;
+  }
+  got = read_fully(fd, source.head, sizeof source.head, source.error);
   if (got < 0) return false;
   source.head_length = static_cast<std::size_t>(got);
   return true;

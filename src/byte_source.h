@@ -19,13 +19,17 @@ struct ByteSource {
   TextFormat format = TextFormat::plain;
   unsigned char head[16] = {};  // the first bytes, read to recognise the format
   std::size_t head_length = 0;
-  std::size_t head_used = 0;  // how many of them have been handed out or decoded
-  void* decoder = nullptr;    // the decompressor's state, if any
-  std::string error;          // why the last read failed
+  // How many of them the descriptor's own bytes need not follow: all of them when they were
+  // read with pread and the descriptor still stands at the start, else those handed out or
+  // decoded so far.
+  std::size_t head_used = 0;
+  void* decoder = nullptr;  // the decompressor's state, if any
+  std::string error;        // why the last read failed
 };
 
-// Reads the first bytes of `fd` and recognises the format. Returns false, with
-// `source.error` set, if that read fails.
+// Reads the first bytes of `fd` and recognises the format: with pread where the descriptor
+// can seek, so that a plain file is then read from its start in whole blocks. Returns false,
+// with `source.error` set, if that read fails.
 bool open_byte_source(int fd, ByteSource& source);
 
 // Reads up to `capacity` bytes of text into `out`. Returns the number of bytes, 0 at the end

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -15,26 +16,40 @@
 
 namespace {
 
-// The forward scanner. Its buffer holds the start of an entry that is not yet complete (at
-// most kMaxEntryLength - 1 bytes, carried from the previous block) followed by the next block.
-// Only whole entries are searched and counted; the rest waits for the next block.
+// The window in which the backward reading looks for the start of a line: what it reads
+// before the energy line's own line is at most this.
+constexpr std::size_t kBackwardWindow = 64 * 1024;
+
+// Room in front of a block for the start of an entry carried from the previous block, rounded
+// up so that blocks start on a page boundary: the kernel copies whole pages fastest.
+constexpr std::size_t kCarryRoom = 4096;
+static_assert(kCarryRoom >= kMaxEntryLength - 1);
+
+// The forward scanner. A block is read into `buffer` at kCarryRoom, just after the start of an
+// entry that was not yet complete in the previous block (at most kMaxEntryLength - 1 bytes).
+// Only whole entries are searched and counted; the rest is carried to the next block.
 struct ForwardScan {
   std::vector<char> buffer;
-  std::size_t carried = 0;
-  bool starts_file = true;  // the buffer's first byte is the first byte of the text
+  char* block = nullptr;    // where the next block is read: a page boundary within `buffer`
+  std::size_t carried = 0;  // the bytes just before `block` that start an entry
+  std::size_t block_bytes = 0;
+  bool starts_file = true;  // the carried bytes, or else the block, begin the text
   bool count_entries = false;
 };
 
 void start_forward_scan(ForwardScan& scan, bool starts_file, const LogScanOptions& options) {
-  scan.buffer.resize(kMaxEntryLength - 1 + options.block_bytes);
+  scan.block_bytes = options.block_bytes;
+  scan.buffer.resize(2 * kCarryRoom + scan.block_bytes);
+  const auto address = reinterpret_cast<std::uintptr_t>(scan.buffer.data()) + kCarryRoom;
+  scan.block = scan.buffer.data() + kCarryRoom + (kCarryRoom - address % kCarryRoom) % kCarryRoom;
   scan.carried = 0;
   scan.starts_file = starts_file;
   scan.count_entries = options.count_entries;
 }
 
 // Where the next block goes, and how much room it has.
-char* block_space(ForwardScan& scan) { return scan.buffer.data() + scan.carried; }
-std::size_t block_room(const ForwardScan& scan) { return scan.buffer.size() - scan.carried; }
+char* block_space(ForwardScan& scan) { return scan.block; }
+std::size_t block_room(const ForwardScan& scan) { return scan.block_bytes; }
 
 // End of the whole entries among the first `length` bytes of a buffer that begins an entry:
 // past the last newline, the pieces of 1023 characters that are complete.
@@ -47,7 +62,7 @@ std::size_t whole_entries_end(const char* p, std::size_t length) {
 // Takes the `added` bytes just written at block_space(): searches and counts the whole
 // entries, and carries the rest. At the end of the text the last entry is whole too.
 void scan_block(ForwardScan& scan, std::size_t added, bool at_end, LogScan& result) {
-  const char* const p = scan.buffer.data();
+  const char* const p = scan.block - scan.carried;
   const std::size_t length = scan.carried + added;
   const std::size_t whole = at_end ? length : whole_entries_end(p, length);
   const std::string_view entries(p, whole);
@@ -57,8 +72,8 @@ void scan_block(ForwardScan& scan, std::size_t added, bool at_end, LogScan& resu
     result.marker_found = true;
     result.energy_entry.assign(entry);
   }
-  std::memmove(scan.buffer.data(), p + whole, length - whole);
   scan.carried = length - whole;
+  std::memmove(scan.block - scan.carried, p + whole, scan.carried);
   scan.starts_file = scan.starts_file && whole == 0;
 }
 
@@ -164,8 +179,6 @@ bool scan_run(int fd, std::uint64_t begin, std::uint64_t end, const LogScanOptio
 void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
                                 LogScan& result) {
   result.text_size = size;
-  // Only what is asked is read: the kernel's read-ahead would pull in more.
-  posix_fadvise(fd, 0, 0, POSIX_FADV_RANDOM);
   result.head.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, options.head_bytes)));
   result.tail.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, options.tail_bytes)));
   if (!read_at(fd, result.head.data(), result.head.size(), 0, result) ||
@@ -174,12 +187,12 @@ void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions
   }
   // Runs of whole lines, from the last back: the last run that holds an energy line holds
   // the file's last one.
-  std::vector<char> window(options.block_bytes);
+  std::vector<char> window(std::min(options.block_bytes, kBackwardWindow));
   ForwardScan scan;
   std::uint64_t end = size;
   while (end > 0 && !result.marker_found) {
     std::uint64_t begin = 0;
-    if (!line_start_before(fd, end, options.block_bytes, window, begin, result) ||
+    if (!line_start_before(fd, end, window.size(), window, begin, result) ||
         !scan_run(fd, begin, end, options, scan, result)) {
       return;
     }
@@ -195,6 +208,14 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
   if (fd < 0) {
     result.status = LogReadStatus::cannot_open;
     return;
+  }
+  // Until the reading is known to go forward, the kernel reads only what is asked: the header
+  // read below would otherwise pull in the file's first pages for nothing. A plain file will
+  // be read from its end: that read starts now, beside the header's.
+  posix_fadvise(fd, 0, 0, POSIX_FADV_RANDOM);
+  if (S_ISREG(info.st_mode) && !options.count_entries && info.st_size > 0) {
+    const off_t window = static_cast<off_t>(std::min(options.block_bytes, kBackwardWindow));
+    posix_fadvise(fd, std::max<off_t>(0, info.st_size - window), window, POSIX_FADV_WILLNEED);
   }
   ByteSource source;
   if (!open_byte_source(fd, source)) {
