@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdarg>
 #include <cstdlib>
 
 #include "mmutil/text.h"
@@ -15,6 +16,24 @@ void read_line(std::FILE* in, char (&line)[256]) { (void)std::fgets(line, sizeof
 int read_number(std::FILE* in, char (&line)[256]) {
   read_line(in, line);
   return read_int(line);
+}
+
+// printf() into a string.
+std::string format_text(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+std::string format_text(const char* format, ...) {
+  std::va_list args;
+  va_start(args, format);
+  char buffer[1024];
+  const int length = std::vsnprintf(buffer, sizeof buffer, format, args);
+  va_end(args);
+  std::string text(buffer, static_cast<std::size_t>(std::max(length, 0)));
+  if (text.size() >= sizeof buffer) {  // too long for the buffer: format it again in full
+    va_start(args, format);
+    std::vsnprintf(text.data(), text.size() + 1, format, args);
+    va_end(args);
+  }
+  return text;
 }
 
 ListStatus check_count(int count) {
@@ -76,4 +95,44 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
     }
   }
   return ListStatus::ok;
+}
+
+std::string batch_list_message(ListStatus status, const BatchList& list,
+                               const std::string& batch_name) {
+  if (status == ListStatus::count_above_limit) {
+    return format_text("Job count %d of batch file %s is above the limit of %d\n", list.job_count,
+                       batch_name.c_str(), kMaxCount);
+  }
+  return format_text("Job count %d of batch file %s is negative: the run ends abnormally\n",
+                     list.job_count, batch_name.c_str());
+}
+
+std::string short_job_line_message(int job, const std::string& batch_name,
+                                   const std::string& line) {
+  return format_text(
+      "Job %d of batch file %s names fewer than three files (anion cation neutral): %s\n", job,
+      batch_name.c_str(), line.c_str());
+}
+
+std::string neighbor_list_message(ListStatus status, const NeighborTable& table,
+                                  const ListFault& fault, int site_count,
+                                  const std::string& batch_name) {
+  switch (status) {
+    case ListStatus::site_count_mismatch:
+      return format_text(
+          "Number of molecules (%d:%d) is not compatible!\nPlease check files %s and %s\n",
+          table.nmols_uc, site_count, kNeighborFile, batch_name.c_str());
+    case ListStatus::count_above_limit:
+      return format_text(
+          "Neighbor count %d of site %d takes the table above the limit of %d neighbors in %s\n",
+          fault.value, fault.site, kMaxCount, kNeighborFile);
+    case ListStatus::neighbor_out_of_range:
+      return format_text("Neighbor %d of site %d is outside 1..%d in %s\n", fault.value, fault.site,
+                         site_count, kNeighborFile);
+    case ListStatus::negative_count:
+    case ListStatus::ok:
+      break;
+  }
+  return format_text("Neighbor count %d of site %d is negative in %s: the run ends abnormally\n",
+                     fault.value, fault.site, kNeighborFile);
 }
