@@ -99,7 +99,7 @@ int main(int argc, char** argv) {
   }
 
   std::FILE* batch = open_input_file(batch_name.c_str());
-  if (batch == nullptr) FAIL("Failed to open batch input file %s\n", batch_name.c_str());
+  if (batch == nullptr) FAIL("%s", batch_open_message(batch_name).c_str());
   std::printf("Treating batch file: %s...\n", batch_name.c_str());
   const SiteEnergies energies = read_batch_jobs(batch, batch_name, engine_code);
   std::fclose(batch);

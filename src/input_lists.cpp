@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdarg>
 #include <cstdlib>
 
 #include "mmutil/text.h"
+#include "text_format.h"
 
 namespace {
 
@@ -16,24 +16,6 @@ void read_line(std::FILE* in, char (&line)[256]) { (void)std::fgets(line, sizeof
 int read_number(std::FILE* in, char (&line)[256]) {
   read_line(in, line);
   return read_int(line);
-}
-
-// printf() into a string.
-std::string format_text(const char* format, ...) __attribute__((format(printf, 1, 2)));
-
-std::string format_text(const char* format, ...) {
-  std::va_list args;
-  va_start(args, format);
-  char buffer[1024];
-  const int length = std::vsnprintf(buffer, sizeof buffer, format, args);
-  va_end(args);
-  std::string text(buffer, static_cast<std::size_t>(std::max(length, 0)));
-  if (text.size() >= sizeof buffer) {  // too long for the buffer: format it again in full
-    va_start(args, format);
-    std::vsnprintf(text.data(), text.size() + 1, format, args);
-    va_end(args);
-  }
-  return text;
 }
 
 ListStatus check_count(int count) {
@@ -95,6 +77,14 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
     }
   }
   return ListStatus::ok;
+}
+
+std::string batch_open_message(const std::string& batch_name) {
+  return format_text("Failed to open batch input file %s\n", batch_name.c_str());
+}
+
+std::string input_open_message(const std::string& name) {
+  return format_text("Failed to open input file: %s\n", name.c_str());
 }
 
 std::string batch_list_message(ListStatus status, const BatchList& list,

@@ -66,6 +66,16 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
 // The messages with which the energy job refuses its lists, so that every program of the suite
 // quotes them in the same words. Each ends with a newline.
 
+// The message for a batch list that cannot be opened.
+//
+//   "jobs.dat"  ->  "Failed to open batch input file jobs.dat\n"
+std::string batch_open_message(const std::string& batch_name);
+
+// The message for another input file (the neighbour table, an output) that cannot be opened.
+//
+//   "neighbor.dat"  ->  "Failed to open input file: neighbor.dat\n"
+std::string input_open_message(const std::string& name);
+
 // The message for a batch list that read_batch_list() returned `status` (not ok) for.
 // A negative job count has no message of the energy job's own (it ends abnormally, as an
 // array of negative length does): the text says so.

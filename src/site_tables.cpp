@@ -42,7 +42,7 @@ void write_site_energies(const SiteEnergies& e) {
 // among those sites.
 NeighborTable read_neighbor_table(int site_count, const std::string& batch_name) {
   std::FILE* in = open_input_file(kNeighborFile);
-  if (in == nullptr) FAIL("Failed to open input file: %s\n", kNeighborFile);
+  if (in == nullptr) FAIL("%s", input_open_message(kNeighborFile).c_str());
   NeighborTable table;
   ListFault fault;
   const ListStatus status = read_neighbor_list(in, site_count, table, fault);
