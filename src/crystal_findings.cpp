@@ -177,12 +177,13 @@ void check_site(const CrystalInputs& in, const SiteJob& site, Findings& out) {
   }
 }
 
-// The most common of the values `keys` (not empty) of the rows, the first of equals.
-std::string most_common(const std::vector<std::string>& keys) {
+// The most common of the non-empty `keys`, the first of equals, or "".
+std::size_t most_common(const std::vector<std::string>& keys) {
   std::map<std::string, int> counts;
-  std::string best;
-  for (const std::string& key : keys) {
-    if (!key.empty() && ++counts[key] > counts[best]) best = key;
+  std::size_t best = keys.size();
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (keys[i].empty()) continue;
+    if (++counts[keys[i]] > (best == keys.size() ? 0 : counts[keys[best]])) best = i;
   }
   return best;
 }
@@ -196,17 +197,18 @@ void check_levels(const CrystalInputs& in, Findings& out) {
     for (char& c : basis) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     bases.push_back(basis);
   }
-  const std::string method = most_common(methods), basis = most_common(bases);
+  const std::size_t method = most_common(methods), basis = most_common(bases);
   for (std::size_t i = 0; i < in.rows.size(); ++i) {
     const FileRow& row = in.rows[i];
-    if (!methods[i].empty() && methods[i] != method) {
+    if (!methods[i].empty() && methods[i] != methods[method]) {
       out.add("method-mismatch", Severity::wrong_number, row.site, row.file,
-              "method " + row.summary.method + ", the other files " + method +
+              "method " + row.summary.method + " where most files use " + methods[method] +
                   ": energies of different levels of theory are compared");
     }
-    if (!bases[i].empty() && bases[i] != basis) {
+    if (!bases[i].empty() && bases[i] != bases[basis]) {
       out.add("basis-mismatch", Severity::wrong_number, row.site, row.file,
-              "basis " + row.summary.basis + ", the other files " + basis +
+              "basis " + row.summary.basis + " where most files use " +
+                  in.rows[basis].summary.basis +
                   ": energies of different levels of theory are compared");
     }
   }
