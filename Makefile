@@ -1,5 +1,5 @@
 # Two commands for a fresh machine:
-#   make demo   build the tool (Release) and run it on the example crystal in examples/
+#   make demo   build the tools (Release), check the example crystal in examples/ and run on it
 #   make test   build everything (warnings are errors) and run every test
 # and two to ship it:
 #   make install PREFIX=dir   build (Release) and install under dir (default /usr/local)
@@ -33,6 +33,7 @@ demo: $(RELEASE_DIR)/src/get_inter_ener
 	rm -rf $(DEMO_DIR)
 	mkdir -p $(DEMO_DIR)
 	cp examples/*.log examples/int_ener_files.dat examples/neighbor.dat $(DEMO_DIR)/
+	cd $(DEMO_DIR) && ../src/check_inter_ener -batch int_ener_files.dat -neighbor
 	cd $(DEMO_DIR) && ../src/get_inter_ener -batch int_ener_files.dat -neighbor
 	@cd $(DEMO_DIR) && for f in uc_U.dat EH*.dat EL*.dat; do echo "==> $(DEMO_DIR)/$$f <=="; cat $$f; done
 
@@ -65,7 +66,8 @@ fuzz:
 	done
 
 # Three generated outputs of BENCH_MIB MiB (kept between runs), the whole job against cat in
-# BENCH_RUNS alternating runs, then the reader's throughput on one file.
+# BENCH_RUNS alternating runs, the reader's throughput on one file, then the check against the
+# job, page cache warm and cold.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -78,6 +80,9 @@ bench:
 	$(BENCH_DIR)/bench/job_vs_cat $(abspath $(BENCH_DIR))/src/get_inter_ener $(BENCH_DATA) \
 	  $(BENCH_RUNS) mol_1.log mol_2.log mol_3.log
 	$(BENCH_DIR)/bench/log_reader_bench $(BENCH_DATA)/mol_1.log
+	$(BENCH_DIR)/bench/check_vs_job $(abspath $(BENCH_DIR))/src/get_inter_ener \
+	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_DATA) $(BENCH_RUNS) \
+	  mol_1.log mol_2.log mol_3.log
 
 install: $(RELEASE_DIR)/src/get_inter_ener
 	cmake --install $(RELEASE_DIR) --prefix $(PREFIX)
