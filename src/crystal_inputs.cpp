@@ -5,6 +5,8 @@
 #include "input_file.h"
 #include "mmutil/text.h"
 
+namespace {
+
 void fill_file_row(const LogScan& scan, FileRow& row) {
   row.read = scan.status;
   row.read_error = scan.error;
@@ -28,6 +30,17 @@ void fill_file_row(const LogScan& scan, FileRow& row) {
     row.energy_line = scan.energy_entry;
     row.hartree = result.hartree;
   }
+}
+
+}  // namespace
+
+void read_file_row(FileRow& row) {
+  LogScanOptions options;
+  options.head_bytes = kHeadBytes;
+  options.tail_bytes = kTailBytes;
+  LogScan scan;
+  scan_log_file(row.file.c_str(), options, scan);
+  fill_file_row(scan, row);
 }
 
 CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {
@@ -59,12 +72,7 @@ CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {
       row.site = site.site;
       row.role = f;
       row.file = names[f];
-      LogScanOptions options;
-      options.head_bytes = kHeadBytes;
-      options.tail_bytes = kTailBytes;
-      LogScan scan;
-      scan_log_file(row.file.c_str(), options, scan);
-      fill_file_row(scan, row);
+      read_file_row(row);
     }
   }
 

@@ -58,12 +58,13 @@ struct CrystalInputs {
   ListFault neighbor_fault;
 };
 
-// The summary and energy line of an output from what the reader kept of it (`scan`, read with
-// kHeadBytes and kTailBytes). The text counts as whole when the head is shorter than asked or
-// head and tail together cover a text of known size.
+// Reads the output `row.file` (its first kHeadBytes and last kTailBytes bytes, and its energy
+// line, through the energy job's reader) into `row`. The text counts as whole, and its
+// "SCF Done" lines are counted, when the head is shorter than asked or head and tail together
+// cover a text of known size.
 //
-//   a 2 KB output -> whole text: its "SCF Done" lines are counted
-void fill_file_row(const LogScan& scan, FileRow& row);
+//   a 2 KB output -> summary.scf_count = its "SCF Done" lines;   a 1 MB output -> -1
+void read_file_row(FileRow& row);
 
 // Reads the batch list `batch_name` from the working directory, each distinct file it names,
 // and "neighbor.dat" (checked against the job count). Nothing ends the process.

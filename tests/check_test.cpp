@@ -101,6 +101,32 @@ TEST(LogSummary, CountsScfEnergiesOnlyOfAWholeText) {
   EXPECT_EQ(ends.scf_seen, 1);
 }
 
+// A file is read whole up to head plus tail bytes; beyond, only its ends are seen.
+TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
+  const std::string scf = " SCF Done:  E(RB3LYP) =  -78.5     A.U.\n";
+  const std::string pad(kHeadBytes, ' ');
+  const struct {
+    std::string text;
+    int count, seen;
+  } cases[] = {
+      {"x\n" + scf + scf, 2, 2},
+      {"x\n" + scf + pad + scf + scf, 3, 3},  // head and tail overlap
+      {"x\n" + scf + pad + std::string(kTailBytes, '\n') + scf + scf, -1,
+       3},  // ends only: 1 + 2 seen
+  };
+  const std::string name = testing::TempDir() + "check_test_row.log";
+  for (const auto& c : cases) {
+    std::ofstream(name, std::ios::binary) << c.text;
+    FileRow row;
+    row.file = name;
+    read_file_row(row);
+    EXPECT_EQ(row.energy, SpEnerStatus::found);
+    EXPECT_EQ(row.summary.scf_count, c.count);
+    EXPECT_EQ(row.summary.scf_seen, c.seen);
+  }
+  std::remove(name.c_str());
+}
+
 TEST(LogSummary, OtherEnginesFinalEnergyLines) {
   const struct {
     std::string text;
@@ -334,12 +360,7 @@ TEST(RealOutputs, AreClassified) {
     SCOPED_TRACE(c.file);
     FileRow row;
     row.file = dir + "/" + c.file;
-    LogScanOptions options;
-    options.head_bytes = kHeadBytes;
-    options.tail_bytes = kTailBytes;
-    LogScan scan;
-    scan_log_file(row.file.c_str(), options, scan);
-    fill_file_row(scan, row);
+    read_file_row(row);
     const LogSummary& s = row.summary;
     EXPECT_EQ(s.engine, c.engine);
     EXPECT_EQ(s.termination, Termination::normal);
