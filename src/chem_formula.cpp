@@ -65,6 +65,7 @@ int formula_electrons(std::string_view formula) {
       if (count > 1000000) return -1;
     }
     electrons += z * (j == i ? 1 : count);
+    if (electrons > 100000000) return -1;  // no molecule: a corrupt formula
   }
   return formula.empty() ? -1 : electrons;
 }

@@ -15,7 +15,9 @@ enum class Severity {
   worth_knowing,  // it would run; the user should know how the value was taken
 };
 
-// "stop", "wrong-number", "worth-knowing".
+// The severity's name as the check prints it.
+//
+//   Severity::wrong_number -> "wrong-number"
 const char* severity_name(Severity severity);
 
 struct Finding {
@@ -33,10 +35,14 @@ struct Finding {
 //   wrong_number, site, cation file, "..."}
 std::vector<Finding> check_crystal(const CrystalInputs& in);
 
-// Whether the energy job would complete: no finding stops it.
+// Whether the energy job would complete: no finding stops it. No findings: true.
+//
+//   {worth_knowing finding} -> true
 bool would_succeed(const std::vector<Finding>& findings);
 
 // The check's exit status: 2 when a finding stops the run, 1 for any other finding, else 0.
+//
+//   {wrong_number, stop} -> 2;   {} -> 0
 int check_status(const std::vector<Finding>& findings);
 
 #endif  // GET_INTER_ENER_CRYSTAL_FINDINGS_H

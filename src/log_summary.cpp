@@ -403,5 +403,10 @@ LogSummary summarize_log(std::string_view head, std::string_view tail, bool whol
   s.converged =
       s.optimisation && (contains(tail, "Stationary point found") || job == "FOPT" || job == "FTS");
   s.not_scf = not_scf_kind(s.method, route);
+  // Numbers far outside chemistry are corrupt text, not a charge and multiplicity.
+  if (s.charge < -1000 || s.charge > 1000 || s.multiplicity < 1 || s.multiplicity > 1000) {
+    s.has_charge = false;
+    s.charge = s.multiplicity = 0;
+  }
   return s;
 }

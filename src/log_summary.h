@@ -15,10 +15,14 @@
 enum class Engine { unknown, gaussian, orca, qchem, nwchem };
 enum class Termination { none, normal, error };
 
-// "Gaussian", "ORCA", "Q-Chem", "NWChem", "unknown".
+// The engine's name as the check prints it.
+//
+//   Engine::qchem -> "Q-Chem";   Engine::unknown -> "unknown"
 const char* engine_name(Engine engine);
 
-// "normal", "error", "none".
+// How a run ended, as the check prints it.
+//
+//   Termination::none -> "none"
 const char* termination_name(Termination termination);
 
 // An energy that an output prints for one level of theory: "CCSD(T)" -75.0177604.
@@ -58,7 +62,8 @@ struct FinalEnergyLine {
   double hartree = 0.0;
 };
 
-// Everything known of one output. Numbers that are unknown are 0 (counts) or flagged.
+// Everything known of one output. Numbers that are unknown are 0 (counts) or flagged; a charge
+// beyond +-1000 or a multiplicity outside 1..1000 counts as unknown.
 struct LogSummary {
   Engine engine = Engine::unknown;
   Termination termination = Termination::none;

@@ -61,6 +61,10 @@ TEST(LogSummary, RecognisesOutputsFromTheirEnds) {
                      scf + "    -- Stationary point found.\n", kNormal),
        Engine::gaussian, Termination::normal, 0, 1, 6, "C2H4", "B3LYP", "STO-3G", "", true, true,
        true},
+      {"corrupt charge line",
+       gaussian_text("#p b3lyp/sto-3g", "Charge = 99999999 Multiplicity = 1", scf, kNormal),
+       Engine::gaussian, Termination::normal, 0, 0, 6, "C2H4", "B3LYP", "STO-3G", "", false, false,
+       false},
       {"ORCA",
        "* O   R   C   A *\nFINAL SINGLE POINT ENERGY  -1.5\n****ORCA TERMINATED NORMALLY****\n",
        Engine::orca, Termination::normal, 0, 0, 0, "", "", "", "", false, false, false},
@@ -195,6 +199,7 @@ TEST(ChemFormula, HillOrderAndElectrons) {
   EXPECT_EQ(formula_electrons("C18H12"), 120);
   EXPECT_EQ(formula_electrons("H2O"), 10);
   EXPECT_EQ(formula_electrons("C2Q4"), -1);
+  EXPECT_EQ(formula_electrons("Rn999999Xe999999"), -1);  // corrupt
   EXPECT_EQ(formula_electrons(""), -1);
   EXPECT_EQ(atomic_number("Rn"), 86);
   EXPECT_EQ(atomic_number("Redundant"), 0);
