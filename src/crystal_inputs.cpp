@@ -7,6 +7,8 @@
 
 namespace {
 
+// Summarises what the reader kept of an output (`scan`) into `row`: the whole text when head
+// and tail cover it, else its two ends.
 void fill_file_row(const LogScan& scan, FileRow& row) {
   row.read = scan.status;
   row.read_error = scan.error;
