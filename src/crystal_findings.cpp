@@ -106,7 +106,7 @@ void check_run(const FileRow& row, Findings& out) {
     std::string message = s.method + " (" + s.not_scf + "): get_inter_ener takes the SCF energy";
     if (row.energy == SpEnerStatus::found) message += format_text(" %.10g", row.hartree);
     message += ", not the method's total energy";
-    if (s.levels.size() > 1) {
+    if (!s.levels.empty() && s.levels.back().label != "HF") {
       message += format_text("; the output prints %s=%.10g", s.levels.back().label.c_str(),
                              s.levels.back().hartree);
     }

@@ -11,6 +11,9 @@ namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
 
+// The line on which Gaussian prints the total energy of a TD job's state of interest.
+constexpr std::string_view kTdTotalEnergy = "Total Energy, E(TD-HF/TD-DFT) =";
+
 std::string upper(std::string_view text) {
   std::string s(text);
   for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -403,6 +406,14 @@ LogSummary summarize_log(std::string_view head, std::string_view tail, bool whol
   s.converged =
       s.optimisation && (contains(tail, "Stationary point found") || job == "FOPT" || job == "FTS");
   s.not_scf = not_scf_kind(s.method, route);
+  // A TD job prints the total energy of its state of interest outside the archive entry.
+  const std::size_t td = tail.rfind(kTdTotalEnergy);
+  if (td != npos) {
+    const std::string_view line = line_at(tail, td);
+    const std::size_t equals = line.find('=');
+    s.levels.push_back(
+        {"E(TD-HF/TD-DFT)", std::strtod(std::string(line.substr(equals + 1)).c_str(), nullptr)});
+  }
   // Numbers far outside chemistry are corrupt text, not a charge and multiplicity.
   if (s.charge < -1000 || s.charge > 1000 || s.multiplicity < 1 || s.multiplicity > 1000) {
     s.has_charge = false;

@@ -77,7 +77,7 @@ struct LogSummary {
   std::string basis;     // "" unknown
   std::string job_type;  // the archive's; "" unknown
   std::string not_scf;   // the kind of method whose total energy is not the SCF energy, or ""
-  std::vector<LevelEnergy> levels;  // the archive's energies
+  std::vector<LevelEnergy> levels;  // the archive's energies, then a TD job's total energy
   int scf_count = -1;  // "SCF Done" lines of the whole text; -1 when it was not all read
   int scf_seen = 0;    // "SCF Done" lines in what was read
   bool optimisation = false;

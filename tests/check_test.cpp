@@ -26,6 +26,7 @@ const std::string kArchive =
     " -pVDZ\\\\t\\\\-1,2\\C,0.,0.,0.66\\C,0.,0.,-0.66\\H,0.,0.9,1.2\\H,0.,-0.9,1.2\\H,0.,0.\n"
     " 9,-1.2\\H,0.,-0.9,-1.2\\\\Version=X\\State=2-A\\HF=-78.05\\MP2=-78.3\\CCSD(T)=-78.\n"
     " 391\\RMSD=1.e-09\\PG=C01 [X(C2H4)]\\\\@\n";
+const std::string kTdTotal = " Total Energy, E(TD-HF/TD-DFT) =  -78.312205281\n";
 const std::string kNormal = " Normal termination of Gaussian 16 at Sun Nov 22 2026.\n";
 
 TEST(LogSummary, RecognisesOutputsFromTheirEnds) {
@@ -52,7 +53,7 @@ TEST(LogSummary, RecognisesOutputsFromTheirEnds) {
        Engine::gaussian, Termination::none, 1, 2, 6, "C2H4", "B3LYP", "6-31G(D)", "", true, false,
        false},
       {"error termination of a TD job",
-       gaussian_text("#p b3lyp/sto-3g td(nstates=5)", "Charge = 0 Multiplicity = 1", scf,
+       gaussian_text("#p b3lyp/sto-3g td(nstates=5)", "Charge = 0 Multiplicity = 1", scf + kTdTotal,
                      " Error termination via Lnk1e\n"),
        Engine::gaussian, Termination::error, 0, 1, 6, "C2H4", "B3LYP", "STO-3G", "TD", false, false,
        false},
@@ -92,6 +93,8 @@ TEST(LogSummary, RecognisesOutputsFromTheirEnds) {
     EXPECT_EQ(s.optimisation, c.optimisation);
     EXPECT_EQ(s.converged, c.converged);
     EXPECT_EQ(s.frequency, c.frequency);
+    EXPECT_EQ(!s.levels.empty() && s.levels.back().hartree == -78.312205281,
+              c.text.find(kTdTotal) != std::string::npos);
   }
 }
 
@@ -346,20 +349,24 @@ TEST(RealOutputs, AreClassified) {
     const char* file;
     Engine engine;
     const char* not_scf;
-    const char* finding;  // the one finding of the file read in all three roles besides those
+    const char* finding;        // the one finding of the file read in all three roles besides those
+    const char* level;          // the highest level whose energy it prints, besides HF
+    double final_energy = 0.0;  // the other engines' own final energy
   } cases[] = {
-      {"gaussian_g09-D.01_rb3lyp-sp.log", Engine::gaussian, "", ""},
-      {"gaussian_g09-D.01_mp2-sp.log", Engine::gaussian, "MPn", "not-scf-energy"},
-      {"gaussian_g16-A.03_ccsdt-sp.log", Engine::gaussian, "coupled cluster", "not-scf-energy"},
-      {"gaussian_g16-A.03_b3lyp-td.log", Engine::gaussian, "TD", "not-scf-energy"},
-      {"gaussian_g16-A.03_b3lyp-freq.log", Engine::gaussian, "", "frequency-job"},
-      {"gaussian_g16-A.03_b3lyp-scan.log", Engine::gaussian, "", "several-scf-energies"},
-      {"gaussian_g16-A.03_rb3lyp-opt.log", Engine::gaussian, "", ""},
-      {"gaussian_g16-A.03_ub3lyp-cation-sp.log", Engine::gaussian, "", ""},
-      {"orca_5.0.0_rb3lyp-sp.log", Engine::orca, "", "no-energy-line"},
-      {"qchem_5.4.1_b3lyp-sp.log", Engine::qchem, "", "no-energy-line"},
-      {"nwchem_7.0.0_b3lyp-sp.log", Engine::nwchem, "", "no-energy-line"},
-      {"nwchem_6.5_hf-sp.log", Engine::nwchem, "", "no-energy-line"},
+      {"gaussian_g09-D.01_rb3lyp-sp.log", Engine::gaussian, "", "", ""},
+      {"gaussian_g09-D.01_mp2-sp.log", Engine::gaussian, "MPn", "not-scf-energy", "MP2"},
+      {"gaussian_g16-A.03_ccsdt-sp.log", Engine::gaussian, "coupled cluster", "not-scf-energy",
+       "CCSD(T)"},
+      {"gaussian_g16-A.03_b3lyp-td.log", Engine::gaussian, "TD", "not-scf-energy",
+       "E(TD-HF/TD-DFT)"},
+      {"gaussian_g16-A.03_b3lyp-freq.log", Engine::gaussian, "", "frequency-job", ""},
+      {"gaussian_g16-A.03_b3lyp-scan.log", Engine::gaussian, "", "several-scf-energies", ""},
+      {"gaussian_g16-A.03_rb3lyp-opt.log", Engine::gaussian, "", "", ""},
+      {"gaussian_g16-A.03_ub3lyp-cation-sp.log", Engine::gaussian, "", "", ""},
+      {"orca_5.0.0_rb3lyp-sp.log", Engine::orca, "", "no-energy-line", "", -382.055108614123},
+      {"qchem_5.4.1_b3lyp-sp.log", Engine::qchem, "", "no-energy-line", "", -382.3003975729},
+      {"nwchem_7.0.0_b3lyp-sp.log", Engine::nwchem, "", "no-energy-line", "", -382.308242007863},
+      {"nwchem_6.5_hf-sp.log", Engine::nwchem, "", "no-energy-line", "", -379.768962491035},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.file);
@@ -370,7 +377,10 @@ TEST(RealOutputs, AreClassified) {
     EXPECT_EQ(s.engine, c.engine);
     EXPECT_EQ(s.termination, Termination::normal);
     EXPECT_EQ(s.not_scf, c.not_scf);
+    EXPECT_EQ(s.levels.empty() || s.levels.back().label == "HF" ? "" : s.levels.back().label,
+              c.level);
     EXPECT_EQ(s.final_energy.found, c.engine != Engine::gaussian);
+    EXPECT_DOUBLE_EQ(s.final_energy.hartree, c.final_energy);
     if (c.engine == Engine::gaussian) {
       EXPECT_TRUE(s.from_archive);
       EXPECT_EQ(row.energy, SpEnerStatus::found);
