@@ -9,11 +9,20 @@
 
 namespace {
 
-// A message of the energy job as one quoted line: its newlines become blanks.
-std::string quoted(std::string message) {
+// A message of the energy job as one line: its newlines become blanks.
+std::string one_line(std::string message) {
   while (!message.empty() && message.back() == '\n') message.pop_back();
   std::replace(message.begin(), message.end(), '\n', ' ');
-  return "\"" + message + "\"";
+  return message;
+}
+
+std::string quoted(const std::string& message) { return "\"" + one_line(message) + "\""; }
+
+// How the energy job ends on a list refused with `status` and `message`: a negative count
+// aborts it without a message of its own.
+std::string refusal(ListStatus status, const std::string& message) {
+  return status == ListStatus::negative_count ? "get_inter_ener aborts: " + one_line(message)
+                                              : "get_inter_ener stops with " + quoted(message);
 }
 
 struct Findings {
@@ -32,8 +41,7 @@ void check_lists(const CrystalInputs& in, Findings& out) {
   }
   if (in.batch_status != ListStatus::ok) {
     out.add("batch-list-refused", Severity::stop, 0, in.batch_name,
-            "get_inter_ener stops with " +
-                quoted(batch_list_message(in.batch_status, in.batch, in.batch_name)));
+            refusal(in.batch_status, batch_list_message(in.batch_status, in.batch, in.batch_name)));
     return;
   }
   if (in.engine_code > 4 && in.batch.job_count > 0) {
@@ -49,9 +57,10 @@ void check_lists(const CrystalInputs& in, Findings& out) {
                 quoted(input_open_message(kNeighborFile)));
   } else if (in.neighbor_status != ListStatus::ok) {
     out.add("neighbor-table-refused", Severity::stop, in.neighbor_fault.site, kNeighborFile,
-            "get_inter_ener writes uc_U.dat, then stops with " +
-                quoted(neighbor_list_message(in.neighbor_status, in.neighbors, in.neighbor_fault,
-                                             in.batch.job_count, in.batch_name)));
+            "uc_U.dat is written, then " +
+                refusal(in.neighbor_status,
+                        neighbor_list_message(in.neighbor_status, in.neighbors, in.neighbor_fault,
+                                              in.batch.job_count, in.batch_name)));
   }
 }
 

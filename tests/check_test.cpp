@@ -134,6 +134,22 @@ TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
   std::remove(name.c_str());
 }
 
+TEST(LogSummary, RunsOfSeveralPointsFromTheRoute) {
+  const struct {
+    const char* route;
+    bool scan, dynamics;
+  } cases[] = {{"#p admp b3lyp/sto-3g", false, true},
+               {"#P BOMD(MaxPoints=50) B3LYP/STO-3G", false, true},
+               {"#p b3lyp/sto-3g scan", true, false},
+               {"#p b3lyp/sto-3g scf=tight", false, false}};
+  for (const auto& c : cases) {
+    const std::string text = gaussian_text(c.route, "Charge = 0 Multiplicity = 1", "", kNormal);
+    const LogSummary s = summarize_log(text, text, true);
+    EXPECT_EQ(s.scan, c.scan) << c.route;
+    EXPECT_EQ(s.dynamics, c.dynamics) << c.route;
+  }
+}
+
 TEST(LogSummary, OtherEnginesFinalEnergyLines) {
   const struct {
     std::string text;
