@@ -1,5 +1,5 @@
 # Two commands for a fresh machine:
-#   make demo   build the tool (Release) and run it on the example crystal in examples/
+#   make demo   build the tools (Release), check the example crystal in examples/ and run on it
 #   make test   build everything (warnings are errors) and run every test
 # and two to ship it:
 #   make install PREFIX=dir   build (Release) and install under dir (default /usr/local)
@@ -36,6 +36,7 @@ demo: $(RELEASE_DIR)/src/get_inter_ener
 	rm -rf $(DEMO_DIR)
 	mkdir -p $(DEMO_DIR)
 	cp examples/*.log examples/int_ener_files.dat examples/neighbor.dat $(DEMO_DIR)/
+	cd $(DEMO_DIR) && ../src/check_inter_ener -batch int_ener_files.dat -neighbor
 	cd $(DEMO_DIR) && ../src/get_inter_ener -batch int_ener_files.dat -neighbor
 	@cd $(DEMO_DIR) && for f in uc_U.dat EH*.dat EL*.dat; do echo "==> $(DEMO_DIR)/$$f <=="; cat $$f; done
 
@@ -69,10 +70,10 @@ fuzz:
 
 # Generated outputs, kept between runs: three of BENCH_MIB MiB (the last energy line
 # BENCH_MIB/16 MiB before the end), and thirty of 16 MiB (24 KiB before the end, as in a real
-# single point). The whole
-# job against cat with a warm page cache, through FIFOs, and with a cold page cache (every file
-# evicted before each run), BENCH_RUNS alternating runs each (BENCH_COLD_RUNS cold); then the
-# reader's throughput on one file.
+# single point). The whole job against cat with a warm page cache, through FIFOs, and with a
+# cold page cache (every file evicted before each run), BENCH_RUNS alternating runs each
+# (BENCH_COLD_RUNS cold); the reader's throughput on one file; then the check against the job,
+# page cache warm and cold.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -82,6 +83,11 @@ bench:
 	$(BENCH_TOOL) $(BENCH_DATA) $(BENCH_RUNS) pipe mol_1.log mol_2.log mol_3.log
 	$(BENCH_TOOL) $(BENCH_COLD_DATA) $(BENCH_COLD_RUNS) cold $(foreach s,$(shell seq 1 30),mol_$(s).log)
 	$(BENCH_DIR)/bench/log_reader_bench $(BENCH_DATA)/mol_1.log
+	printf '1\nmol_1.log mol_2.log mol_3.log\n' > $(BENCH_DATA)/int_ener_files.dat
+	printf '#\n#\n1\n1\n1\n1\n' > $(BENCH_DATA)/neighbor.dat
+	$(BENCH_DIR)/bench/check_vs_job $(abspath $(BENCH_DIR))/src/get_inter_ener \
+	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_DATA) $(BENCH_RUNS) \
+	  mol_1.log mol_2.log mol_3.log
 
 # $(call generate_logs,DIR,MIB,SEEDS,TAIL_KIB): DIR/mol_SEED.log of MIB MiB for each seed,
 # unless there; the last energy line TAIL_KIB before the end (empty: MIB/16).

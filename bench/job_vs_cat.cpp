@@ -28,55 +28,11 @@
 #include <string>
 #include <vector>
 
+#include "timed_run.h"
+
 namespace {
 
 using Args = std::vector<std::string>;
-
-struct RunResult {
-  double seconds;
-  long max_rss_kib;
-};
-
-pid_t start(const Args& args, const std::string& out_path) {
-  std::vector<char*> argv;
-  for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-  argv.push_back(nullptr);
-  const pid_t pid = fork();
-  if (pid == 0) {
-    const int out = open(out_path.c_str(), O_WRONLY);
-    dup2(out, STDOUT_FILENO);
-    execvp(argv[0], argv.data());
-    _exit(127);
-  }
-  return pid;
-}
-
-// Runs `args` with standard output sent to /dev/null, while `feeders` (each "cat LOG" into a
-// FIFO) run beside it; times them all.
-RunResult run(const Args& args, const std::vector<std::pair<std::string, std::string>>& feeders) {
-  const auto begin = std::chrono::steady_clock::now();
-  std::vector<pid_t> fed;
-  for (const auto& [log, fifo] : feeders) fed.push_back(start({"cat", log}, fifo));
-  const pid_t pid = start(args, "/dev/null");
-  int status = 0;
-  struct rusage usage {};
-  wait4(pid, &status, 0, &usage);
-  for (const pid_t f : fed) waitpid(f, nullptr, 0);
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    std::fprintf(stderr, "%s failed with status %d\n", args[0].c_str(), status);
-    std::exit(1);
-  }
-  return {elapsed.count(), usage.ru_maxrss};
-}
-
-void evict(const std::vector<std::string>& logs) {
-  for (const std::string& log : logs) {
-    const int fd = open(log.c_str(), O_RDONLY);
-    posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
-    close(fd);
-  }
-}
 
 // Bytes of `path` that the page cache holds.
 long long resident_bytes(const std::string& path) {
@@ -113,12 +69,6 @@ void write_inputs(const std::string& batch, const std::vector<std::string>& name
   for (int s = 1; s <= sites; ++s) neighbors << s << "\n1\n" << s << "\n";
 }
 
-double median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  const std::size_t n = v.size();
-  return n % 2 == 1 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-}
-
 void report(const char* what, double seconds, double ratio, double goal) {
   std::printf("  %-22s %8.4f s   %.3f x cat   (goal <= %.2f)  %s\n", what, seconds, ratio, goal,
               ratio <= goal ? "ok" : "OVER");
@@ -146,10 +96,10 @@ int main(int argc, char** argv) {
   mkdir("empty", 0755);
   if (chdir("empty") != 0) return 1;
   write_inputs("int_ener_files.dat", {}, 0);
-  const long empty_kib = run({tool, "-batch", "int_ener_files.dat"}, {}).max_rss_kib;
+  const long empty_kib = run({tool, "-batch", "int_ener_files.dat"}).max_rss_kib;
   if (chdir("..") != 0) return 1;
 
-  std::vector<std::pair<std::string, std::string>> feeders;
+  std::vector<Feeder> feeders;
   std::vector<std::string> inputs = logs;
   if (mode == "pipe") {
     for (std::size_t i = 0; i < logs.size(); ++i) {
@@ -168,14 +118,14 @@ int main(int argc, char** argv) {
   std::vector<double> t_cat, t_job, t_verbose;
   long peak_kib = 0;
   const bool cold = mode == "cold";
-  if (!cold) run(cat, feeders);  // warm the page cache
+  if (!cold) run(cat, 0, feeders);  // warm the page cache
   for (int r = 0; r < runs; ++r) {
     if (cold) evict(logs);
-    t_cat.push_back(run(cat, feeders).seconds);
+    t_cat.push_back(run(cat, 0, feeders).seconds);
     if (cold) evict(logs);
-    const RunResult plain = run(job, feeders);
+    const RunResult plain = run(job, 0, feeders);
     if (cold) evict(logs);
-    const RunResult verbose = run(verbose_job, feeders);
+    const RunResult verbose = run(verbose_job, 0, feeders);
     t_job.push_back(plain.seconds);
     t_verbose.push_back(verbose.seconds);
     peak_kib = std::max({peak_kib, plain.max_rss_kib, verbose.max_rss_kib});
@@ -199,7 +149,7 @@ int main(int argc, char** argv) {
               above_mib <= 16 ? "ok" : "OVER");
   if (cold) {
     evict(logs);
-    run(job, feeders);
+    run(job, 0, feeders);
     long long worst = 0, total = 0;
     for (const std::string& log : logs) {
       const long long read = resident_bytes(log);

@@ -1,6 +1,8 @@
 # What `cmake --install` puts under the prefix, in the GNU layout:
 #   bin/get_inter_ener                  the tool
-#   share/man/man1/get_inter_ener.1     its manual page
+#   bin/check_inter_ener                the check of a run's inputs
+#   share/man/man1/get_inter_ener.1     their manual pages
+#   share/man/man1/check_inter_ener.1
 #   lib/libmmutil.a                     the utility library
 #   include/mmutil/text.h, numeric.h    its headers
 #   lib/cmake/mmutil/                   its CMake package: find_package(mmutil) gives mmutil::mmutil
@@ -9,10 +11,12 @@
 # installed tree can be moved or unpacked anywhere.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS get_inter_ener)
+install(TARGETS get_inter_ener check_inter_ener)
 
-configure_file(doc/get_inter_ener.1.in doc/get_inter_ener.1 @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/doc/get_inter_ener.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+foreach(page get_inter_ener check_inter_ener)
+  configure_file(doc/${page}.1.in doc/${page}.1 @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/doc/${page}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endforeach()
 
 install(TARGETS mmutil EXPORT mmutil INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY lib/include/mmutil DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}

@@ -8,7 +8,8 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
 string(CONCAT CPACK_PACKAGE_DESCRIPTION
   "get_inter_ener (suite release ${SUITE_RELEASE}) reads the quantum-chemistry outputs\n"
   "of the anion, cation and neutral state of every site of a unit cell and writes\n"
-  "the site-energy tables of hole and electron transport. The package also holds\n"
+  "the site-energy tables of hole and electron transport; check_inter_ener tells,\n"
+  "before a run, what is wrong with those outputs. The package also holds\n"
   "the mmutil utility library with its headers, CMake package and pkg-config file.")
 
 # Debian package names take no underscore.

@@ -12,9 +12,9 @@
 
 SiteEnergies read_batch_jobs(std::FILE* batch, const std::string& batch_name, int engine_code) {
   BatchList list;
-  if (read_batch_list(batch, list) == ListStatus::count_above_limit) {
-    FAIL("Job count %d of batch file %s is above the limit of %d\n", list.job_count,
-         batch_name.c_str(), kMaxCount);
+  const ListStatus status = read_batch_list(batch, list);
+  if (status == ListStatus::count_above_limit) {
+    FAIL("%s", batch_list_message(status, list, batch_name).c_str());
   }
   const int job_count = list.job_count;
   const std::size_t n = array_length(job_count);  // a negative count fails here
@@ -36,8 +36,7 @@ SiteEnergies read_batch_jobs(std::FILE* batch, const std::string& batch_name, in
     }
     mmutil::tokenize(names, line, " ");
     if (names.size() < 3) {
-      FAIL("Job %d of batch file %s names fewer than three files (anion cation neutral): %s\n",
-           j + 1, batch_name.c_str(), line);
+      FAIL("%s", short_job_line_message(j + 1, batch_name, line).c_str());
     }
     double hartree[3];
     for (int f = 0; f < 3; ++f) {

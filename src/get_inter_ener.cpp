@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string>
 
+#include "command_line.h"
 #include "driver.h"
 #include "error_report.h"
 #include "input_file.h"
@@ -49,20 +50,6 @@ void print_usage(const std::string& prog) {
       p, p, p);
 }
 
-// The invocation name from the character after its last "/" or "\" on.
-std::string program_name(const char* argv0) {
-  const char* name = argv0;
-  for (const char* c = argv0; *c != '\0'; ++c) {
-    if (*c == '/' || *c == '\\') name = c + 1;
-  }
-  return name;
-}
-
-// Options match every argument that begins with them: -batchfile acts as -batch.
-bool matches(const char* arg, const char* option) {
-  return std::strncmp(arg, option, std::strlen(option)) == 0;
-}
-
 // The argument after option argv[i], which it consumes whatever it is.
 const char* option_value(int argc, char** argv, int& i) {
   if (i + 1 >= argc) FAIL("Option %s expects a value as the next argument\n", argv[i]);
@@ -87,25 +74,32 @@ int main(int argc, char** argv) {
     return kFailureStatus;
   }
   for (int i = 1; i < argc; ++i) {
-    const char* const arg = argv[i];
-    if (matches(arg, "-verbose")) {
-      bVerbose = true;
-    } else if (matches(arg, "-batch")) {
-      batch_name = option_value(argc, argv, i);
-      if (bVerbose) std::printf("  -batch %s\n", batch_name.c_str());
-    } else if (matches(arg, "-neighbor")) {
-      if (bVerbose) std::printf("  Set to treat neighbor.dat for site energies\n");
-    } else if (matches(arg, "-qcflag")) {
-      engine_code = read_int(option_value(argc, argv, i));
-      if (bVerbose) std::printf("  -qcflag %d\n", engine_code);
-    } else if (matches(arg, "-h") || matches(arg, "--help")) {
-      print_usage(prog);
-      return kFailureStatus;
+    switch (match_option(argv[i], false)) {
+      case Option::verbose:
+        bVerbose = true;
+        break;
+      case Option::batch:
+        batch_name = option_value(argc, argv, i);
+        if (bVerbose) std::printf("  -batch %s\n", batch_name.c_str());
+        break;
+      case Option::neighbor:
+        if (bVerbose) std::printf("  Set to treat neighbor.dat for site energies\n");
+        break;
+      case Option::qcflag:
+        engine_code = read_int(option_value(argc, argv, i));
+        if (bVerbose) std::printf("  -qcflag %d\n", engine_code);
+        break;
+      case Option::help:
+        print_usage(prog);
+        return kFailureStatus;
+      case Option::json:
+      case Option::none:
+        break;
     }
   }
 
   std::FILE* batch = open_input_file(batch_name.c_str());
-  if (batch == nullptr) FAIL("Failed to open batch input file %s\n", batch_name.c_str());
+  if (batch == nullptr) FAIL("%s", batch_open_message(batch_name).c_str());
   std::printf("Treating batch file: %s...\n", batch_name.c_str());
   const SiteEnergies energies = read_batch_jobs(batch, batch_name, engine_code);
   std::fclose(batch);

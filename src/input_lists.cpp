@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "mmutil/text.h"
+#include "text_format.h"
 
 namespace {
 
@@ -76,4 +77,52 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
     }
   }
   return ListStatus::ok;
+}
+
+std::string batch_open_message(const std::string& batch_name) {
+  return format_text("Failed to open batch input file %s\n", batch_name.c_str());
+}
+
+std::string input_open_message(const std::string& name) {
+  return format_text("Failed to open input file: %s\n", name.c_str());
+}
+
+std::string batch_list_message(ListStatus status, const BatchList& list,
+                               const std::string& batch_name) {
+  if (status == ListStatus::count_above_limit) {
+    return format_text("Job count %d of batch file %s is above the limit of %d\n", list.job_count,
+                       batch_name.c_str(), kMaxCount);
+  }
+  return format_text("Job count %d of batch file %s is negative: the run ends abnormally\n",
+                     list.job_count, batch_name.c_str());
+}
+
+std::string short_job_line_message(int job, const std::string& batch_name,
+                                   const std::string& line) {
+  return format_text(
+      "Job %d of batch file %s names fewer than three files (anion cation neutral): %s\n", job,
+      batch_name.c_str(), line.c_str());
+}
+
+std::string neighbor_list_message(ListStatus status, const NeighborTable& table,
+                                  const ListFault& fault, int site_count,
+                                  const std::string& batch_name) {
+  switch (status) {
+    case ListStatus::site_count_mismatch:
+      return format_text(
+          "Number of molecules (%d:%d) is not compatible!\nPlease check files %s and %s\n",
+          table.nmols_uc, site_count, kNeighborFile, batch_name.c_str());
+    case ListStatus::count_above_limit:
+      return format_text(
+          "Neighbor count %d of site %d takes the table above the limit of %d neighbors in %s\n",
+          fault.value, fault.site, kMaxCount, kNeighborFile);
+    case ListStatus::neighbor_out_of_range:
+      return format_text("Neighbor %d of site %d is outside 1..%d in %s\n", fault.value, fault.site,
+                         site_count, kNeighborFile);
+    case ListStatus::negative_count:
+    case ListStatus::ok:
+      break;
+  }
+  return format_text("Neighbor count %d of site %d is negative in %s: the run ends abnormally\n",
+                     fault.value, fault.site, kNeighborFile);
 }

@@ -63,4 +63,46 @@ struct ListFault {
 ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& table,
                               ListFault& fault);
 
+// The messages with which the energy job refuses its lists, so that every program of the suite
+// quotes them in the same words. Each ends with a newline.
+
+// The message for a batch list that cannot be opened.
+//
+//   "jobs.dat"  ->  "Failed to open batch input file jobs.dat\n"
+std::string batch_open_message(const std::string& batch_name);
+
+// The message for another input file (the neighbour table, an output) that cannot be opened.
+//
+//   "neighbor.dat"  ->  "Failed to open input file: neighbor.dat\n"
+std::string input_open_message(const std::string& name);
+
+// The message for a batch list that read_batch_list() returned `status` (not ok) for.
+// A negative job count has no message of the energy job's own (it ends abnormally, as an
+// array of negative length does): the text says so.
+//
+//   count_above_limit, job_count 100001  ->
+//     "Job count 100001 of batch file jobs.dat is above the limit of 100000\n"
+std::string batch_list_message(ListStatus status, const BatchList& list,
+                               const std::string& batch_name);
+
+// The message for job `job` (1-based) whose trimmed line `line` names fewer than three files.
+//
+//   2, "jobs.dat", "a.log b.log"  ->
+//     "Job 2 of batch file jobs.dat names fewer than three files (anion cation neutral): a.log
+//     b.log\n"
+std::string short_job_line_message(int job, const std::string& batch_name, const std::string& line);
+
+// The neighbour table's fixed name, read from the working directory.
+constexpr const char* kNeighborFile = "neighbor.dat";
+
+// The message for a neighbour table that read_neighbor_list() returned `status` (not ok) for,
+// read against `site_count` sites of the batch list `batch_name`. A negative neighbour count
+// has no message of the energy job's own (it ends abnormally): the text says so.
+//
+//   neighbor_out_of_range, site 2, value 0, 2 sites  ->
+//     "Neighbor 0 of site 2 is outside 1..2 in neighbor.dat\n"
+std::string neighbor_list_message(ListStatus status, const NeighborTable& table,
+                                  const ListFault& fault, int site_count,
+                                  const std::string& batch_name);
+
 #endif  // GET_INTER_ENER_INPUT_LISTS_H

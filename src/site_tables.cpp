@@ -13,7 +13,6 @@
 namespace {
 
 constexpr const char* kSiteEnergyFile = "uc_U.dat";
-constexpr const char* kNeighborFile = "neighbor.dat";
 
 // Closes an output table. A write that failed, at once or when the buffer was flushed (a full
 // disk), is reported with the system's reason: a table is never left short silently.
@@ -43,26 +42,15 @@ void write_site_energies(const SiteEnergies& e) {
 // among those sites.
 NeighborTable read_neighbor_table(int site_count, const std::string& batch_name) {
   std::FILE* in = open_input_file(kNeighborFile);
-  if (in == nullptr) FAIL("Failed to open input file: %s\n", kNeighborFile);
+  if (in == nullptr) FAIL("%s", input_open_message(kNeighborFile).c_str());
   NeighborTable table;
   ListFault fault;
   const ListStatus status = read_neighbor_list(in, site_count, table, fault);
   std::fclose(in);
-  switch (status) {
-    case ListStatus::ok:
-      break;
-    case ListStatus::site_count_mismatch:
-      FAIL("Number of molecules (%d:%d) is not compatible!\nPlease check files %s and %s\n",
-           table.nmols_uc, site_count, kNeighborFile, batch_name.c_str());
-    case ListStatus::negative_count:
-      array_length(fault.value);  // fails as an array of negative length does
-      break;
-    case ListStatus::count_above_limit:
-      FAIL("Neighbor count %d of site %d takes the table above the limit of %d neighbors in %s\n",
-           fault.value, fault.site, kMaxCount, kNeighborFile);
-    case ListStatus::neighbor_out_of_range:
-      FAIL("Neighbor %d of site %d is outside 1..%d in %s\n", fault.value, fault.site, site_count,
-           kNeighborFile);
+  if (status == ListStatus::negative_count) {
+    array_length(fault.value);  // fails as an array of negative length does
+  } else if (status != ListStatus::ok) {
+    FAIL("%s", neighbor_list_message(status, table, fault, site_count, batch_name).c_str());
   }
   return table;
 }

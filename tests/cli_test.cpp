@@ -1,7 +1,9 @@
-// Black-box tests of get_inter_ener: each case runs the built tool in a fresh directory and
-// compares its standard output, standard error, exit status and files byte for byte.
+// Black-box tests of the suite's programs: each case runs a built program in a fresh directory
+// and compares its standard output, standard error, exit status and files byte for byte.
 //
-// Recorded cases live in tests/cli/<case>/: `args` (one argument per line), optional `argv0`,
+// Recorded cases live in tests/cli/<case>/: optional `tool` (the program the case runs,
+// get_inter_ener or check_inter_ener; absent: get_inter_ener), `args` (one argument per
+// line), optional `argv0` (absent: the program's name),
 // `in/` (the directory before the run; symbolic links are kept), optional `generate` (lines
 // "NAME SIZE CHAR": inputs too large to keep, SIZE bytes of CHAR), optional `stdout_path` (a
 // file or device that takes the tool's standard output instead of the capture), `stdout`,
@@ -51,10 +53,16 @@ Files read_tree(const fs::path& dir) {
   return files;
 }
 
-// Runs the tool in `dir`. `prepare` runs in the child just before the tool starts.
+// The built programs, by name.
+const std::map<std::string, std::string> kTools = {{"get_inter_ener", TOOL_PATH},
+                                                   {"check_inter_ener", CHECK_TOOL_PATH}};
+
+// Runs the program `tool` in `dir`. `prepare` runs in the child just before it starts.
 ToolRun run_tool(
     const fs::path& dir, std::string argv0, std::vector<std::string> args,
-    const std::string& stdout_path = "", const std::function<void()>& prepare = [] {}) {
+    const std::string& stdout_path = "", const std::function<void()>& prepare = [] {},
+    const std::string& tool = "get_inter_ener") {
+  const std::string tool_path = kTools.at(tool);
   const fs::path capture = make_temp_dir();
   const std::string out_path = stdout_path.empty() ? (capture / "out").string() : stdout_path;
   std::vector<char*> argv{argv0.data()};
@@ -65,7 +73,7 @@ ToolRun run_tool(
     const int err = open((capture / "err").c_str(), O_WRONLY | O_CREAT, 0644);
     if (dup2(out, 1) >= 0 && dup2(err, 2) >= 0 && chdir(dir.c_str()) == 0) {
       prepare();
-      execv(TOOL_PATH, argv.data());
+      execv(tool_path.c_str(), argv.data());
     }
     _exit(127);
   }
@@ -100,7 +108,8 @@ void generate_inputs(const fs::path& generate, const fs::path& work) {
 // Runs the tool in a copy of the case's `in/` and checks that the directory afterwards holds
 // exactly the inputs overlaid by the files of its `out/`.
 ToolRun run_and_check_files(const fs::path& dir, const std::vector<std::string>& args,
-                            const std::string& argv0, const std::string& stdout_path) {
+                            const std::string& argv0, const std::string& stdout_path,
+                            const std::string& tool) {
   const fs::path work = make_temp_dir();
   if (fs::exists(dir / "in")) {
     fs::copy(fs::canonical(dir / "in"), work,
@@ -109,7 +118,8 @@ ToolRun run_and_check_files(const fs::path& dir, const std::vector<std::string>&
   generate_inputs(dir / "generate", work);
   Files expected = read_tree(work);
   for (auto& [name, bytes] : read_tree(dir / "out")) expected[name] = bytes;
-  const ToolRun run = run_tool(work, argv0, args, stdout_path);
+  const ToolRun run = run_tool(
+      work, argv0, args, stdout_path, [] {}, tool);
   EXPECT_EQ(read_tree(work), expected);
   fs::remove_all(work);
   return run;
@@ -131,9 +141,10 @@ TEST_P(RecordedCase, MatchesRecordedRun) {
   const auto first_line = [&](const char* name, const char* absent) {
     return fs::exists(dir / name) ? read_lines(dir / name).at(0) : std::string(absent);
   };
+  const std::string tool = first_line("tool", "get_inter_ener");
   const ToolRun run =
-      run_and_check_files(dir, read_lines(dir / "args"), first_line("argv0", "get_inter_ener"),
-                          first_line("stdout_path", ""));
+      run_and_check_files(dir, read_lines(dir / "args"), first_line("argv0", tool.c_str()),
+                          first_line("stdout_path", ""), tool);
   // The error header's line number follows the source; the recorded runs say N.
   const std::regex line_number("(ERROR  transport : [^ ]+ : line )[0-9]+");
   EXPECT_EQ(std::to_string(run.status), first_line("status", "0"));

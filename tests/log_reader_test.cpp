@@ -28,10 +28,12 @@ int count_open_descriptors() {
   return open;
 }
 
-// Writes `bytes` to a file of this test's own, since ctest runs tests side by side.
+// Writes `bytes` to a file of this test's own, since ctest runs tests side by side (and other
+// builds may run the same test at the same time).
 std::string write_temp(const std::string& bytes) {
-  const std::string path =
-      testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + ".log";
+  const std::string path = testing::TempDir() +
+                           testing::UnitTest::GetInstance()->current_test_info()->name() + "." +
+                           std::to_string(getpid()) + ".log";
   std::ofstream(path, std::ios::binary) << bytes;
   return path;
 }

@@ -1,0 +1,185 @@
+#include "check_report.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "text_format.h"
+
+namespace {
+
+// The cells of one row of the table, in the order of kColumns.
+constexpr const char* kColumns[] = {"site",   "role", "file",  "engine",          "end",
+                                    "charge", "mult", "atoms", "formula",         "method",
+                                    "basis",  "job",  "SCF",   "energy (hartree)"};
+constexpr std::size_t kColumnCount = std::size(kColumns);
+
+// What the energy job takes from a row, as text: the energy, or "-".
+std::string energy_text(const FileRow& row) {
+  return row.energy == SpEnerStatus::found ? format_text("%.9f", row.hartree) : "-";
+}
+
+std::string or_dash(const std::string& text) { return text.empty() ? "-" : text; }
+
+std::vector<std::string> row_cells(const FileRow& row) {
+  const LogSummary& s = row.summary;
+  const bool read = row.read == LogReadStatus::ok;
+  const char* const end = !read                         ? "-"
+                          : s.engine == Engine::unknown ? "?"
+                                                        : termination_name(s.termination);
+  return {std::to_string(row.site),
+          kRoles[row.role],
+          row.file,
+          read ? engine_name(s.engine)
+               : (row.read == LogReadStatus::cannot_open ? "missing" : "unreadable"),
+          end,
+          s.has_charge ? std::to_string(s.charge) : "-",
+          s.has_charge ? std::to_string(s.multiplicity) : "-",
+          s.atom_count > 0 ? std::to_string(s.atom_count) : "-",
+          or_dash(s.formula),
+          or_dash(s.method),
+          or_dash(s.basis),
+          or_dash(s.job_type),
+          s.scf_count >= 0 ? std::to_string(s.scf_count) : ">=" + std::to_string(s.scf_seen),
+          energy_text(row)};
+}
+
+void print_cells(std::FILE* out, const std::vector<std::string>& cells,
+                 const std::vector<std::size_t>& widths) {
+  std::string line;
+  for (std::size_t c = 0; c < cells.size(); ++c) {
+    line += cells[c];
+    if (c + 1 < cells.size()) line += std::string(widths[c] - cells[c].size() + 2, ' ');
+  }
+  std::fprintf(out, "%s\n", line.c_str());
+}
+
+std::string json_int_or_null(bool known, int value) {
+  return known ? std::to_string(value) : "null";
+}
+
+std::string json_text_or_null(const std::string& text) {
+  return text.empty() ? "null" : json_string(text);
+}
+
+}  // namespace
+
+std::string json_string(std::string_view text) {
+  std::string s = "\"";
+  for (const char c : text) {
+    switch (c) {
+      case '"':
+        s += "\\\"";
+        break;
+      case '\\':
+        s += "\\\\";
+        break;
+      case '\n':
+        s += "\\n";
+        break;
+      case '\t':
+        s += "\\t";
+        break;
+      case '\r':
+        s += "\\r";
+        break;
+      case '\b':
+        s += "\\b";
+        break;
+      case '\f':
+        s += "\\f";
+        break;
+      default:
+        if (static_cast<unsigned char>(c) < 0x20) {
+          s += format_text("\\u%04x", static_cast<unsigned>(c));
+        } else {
+          s += c;
+        }
+    }
+  }
+  return s + "\"";
+}
+
+std::string shortest_number(double value) {
+  for (int digits = 1; digits < 17; ++digits) {
+    const std::string text = format_text("%.*g", digits, value);
+    if (std::strtod(text.c_str(), nullptr) == value) return text;
+  }
+  return format_text("%.17g", value);
+}
+
+void print_check_table(std::FILE* out, const CrystalInputs& in,
+                       const std::vector<Finding>& findings) {
+  std::fprintf(out, "Checking batch file: %s (-qcflag %d)\n", in.batch_name.c_str(),
+               in.engine_code);
+  if (!in.rows.empty()) {
+    std::vector<std::vector<std::string>> table{{std::begin(kColumns), std::end(kColumns)}};
+    for (const FileRow& row : in.rows) table.push_back(row_cells(row));
+    std::vector<std::size_t> widths(kColumnCount, 0);
+    for (const auto& cells : table) {
+      for (std::size_t c = 0; c < kColumnCount; ++c) {
+        widths[c] = std::max(widths[c], cells[c].size());
+      }
+    }
+    std::fprintf(out, "\n");
+    for (const auto& cells : table) print_cells(out, cells, widths);
+  }
+  std::fprintf(out, "\n");
+  if (findings.empty()) {
+    std::fprintf(out, "No findings: get_inter_ener would succeed.\n");
+    return;
+  }
+  std::fprintf(out, "Findings:\n");
+  for (const Finding& f : findings) {
+    std::string where = f.site > 0 ? "site " + std::to_string(f.site) : "";
+    if (!f.file.empty()) where += (where.empty() ? "" : ", ") + f.file;
+    std::fprintf(out, "  %-13s  %s%s%s: %s\n", severity_name(f.severity), f.code.c_str(),
+                 where.empty() ? "" : " (", (where.empty() ? "" : where + ")").c_str(),
+                 f.message.c_str());
+  }
+  const long stops = std::count_if(findings.begin(), findings.end(),
+                                   [](const Finding& f) { return f.severity == Severity::stop; });
+  std::fprintf(out, "\n%s: %ld finding(s) stop the run, %ld other(s).\n",
+               stops > 0 ? "get_inter_ener would stop" : "get_inter_ener would run", stops,
+               static_cast<long>(findings.size()) - stops);
+}
+
+void print_check_json(std::FILE* out, const CrystalInputs& in,
+                      const std::vector<Finding>& findings) {
+  std::fprintf(out, "{\n  \"batch\": %s,\n  \"engine_code\": %d,\n",
+               json_string(in.batch_name).c_str(), in.engine_code);
+  std::fprintf(out, "  \"would_succeed\": %s,\n  \"status\": %d,\n",
+               would_succeed(findings) ? "true" : "false", check_status(findings));
+  std::fprintf(out, "  \"rows\": [");
+  for (std::size_t i = 0; i < in.rows.size(); ++i) {
+    const FileRow& row = in.rows[i];
+    const LogSummary& s = row.summary;
+    const bool read = row.read == LogReadStatus::ok;
+    std::fprintf(out, "%s\n    {\"site\": %d, \"role\": \"%s\", \"file\": %s, \"readable\": %s, ",
+                 i == 0 ? "" : ",", row.site, kRoles[row.role], json_string(row.file).c_str(),
+                 read ? "true" : "false");
+    std::fprintf(out, "\"engine\": %s, \"termination\": %s, ",
+                 read ? json_string(engine_name(s.engine)).c_str() : "null",
+                 read && s.engine != Engine::unknown
+                     ? json_string(termination_name(s.termination)).c_str()
+                     : "null");
+    std::fprintf(out, "\"charge\": %s, \"multiplicity\": %s, \"atoms\": %s, ",
+                 json_int_or_null(s.has_charge, s.charge).c_str(),
+                 json_int_or_null(s.has_charge, s.multiplicity).c_str(),
+                 json_int_or_null(s.atom_count > 0, s.atom_count).c_str());
+    std::fprintf(out, "\"formula\": %s, \"method\": %s, \"basis\": %s, \"job_type\": %s, ",
+                 json_text_or_null(s.formula).c_str(), json_text_or_null(s.method).c_str(),
+                 json_text_or_null(s.basis).c_str(), json_text_or_null(s.job_type).c_str());
+    std::fprintf(out, "\"scf_energies\": %s, \"energy_hartree\": %s}",
+                 json_int_or_null(read && s.scf_count >= 0, s.scf_count).c_str(),
+                 row.energy == SpEnerStatus::found ? shortest_number(row.hartree).c_str() : "null");
+  }
+  std::fprintf(out, "%s],\n  \"findings\": [", in.rows.empty() ? "" : "\n  ");
+  for (std::size_t i = 0; i < findings.size(); ++i) {
+    const Finding& f = findings[i];
+    std::fprintf(out, "%s\n    {\"code\": %s, \"severity\": \"%s\", \"site\": %s, \"file\": %s, ",
+                 i == 0 ? "" : ",", json_string(f.code).c_str(), severity_name(f.severity),
+                 json_int_or_null(f.site > 0, f.site).c_str(), json_text_or_null(f.file).c_str());
+    std::fprintf(out, "\"message\": %s}", json_string(f.message).c_str());
+  }
+  std::fprintf(out, "%s]\n}\n", findings.empty() ? "" : "\n  ");
+}

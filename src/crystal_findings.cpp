@@ -1,0 +1,306 @@
+#include "crystal_findings.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "chem_formula.h"
+#include "text_format.h"
+
+namespace {
+
+// A message of the energy job as one line: its newlines become blanks.
+std::string one_line(std::string message) {
+  while (!message.empty() && message.back() == '\n') message.pop_back();
+  std::replace(message.begin(), message.end(), '\n', ' ');
+  return message;
+}
+
+std::string quoted(const std::string& message) { return "\"" + one_line(message) + "\""; }
+
+// How the energy job ends on a list refused with `status` and `message`: a negative count
+// aborts it without a message of its own.
+std::string refusal(ListStatus status, const std::string& message) {
+  return status == ListStatus::negative_count ? "get_inter_ener aborts: " + one_line(message)
+                                              : "get_inter_ener stops with " + quoted(message);
+}
+
+struct Findings {
+  std::vector<Finding> list;
+  void add(const char* code, Severity severity, int site, const std::string& file,
+           std::string message) {
+    list.push_back({code, severity, site, file, std::move(message)});
+  }
+};
+
+void check_lists(const CrystalInputs& in, Findings& out) {
+  if (!in.batch_opened) {
+    out.add("batch-list-missing", Severity::stop, 0, in.batch_name,
+            "get_inter_ener stops with " + quoted(batch_open_message(in.batch_name)));
+    return;
+  }
+  if (in.batch_status != ListStatus::ok) {
+    out.add("batch-list-refused", Severity::stop, 0, in.batch_name,
+            refusal(in.batch_status, batch_list_message(in.batch_status, in.batch, in.batch_name)));
+    return;
+  }
+  if (in.engine_code > 4 && in.batch.job_count > 0) {
+    out.add("unknown-engine-code", Severity::stop, 0, "",
+            format_text("-qcflag %d is above 4: get_inter_ener stops at its first output with "
+                        "\"Unknown compute engine: %d\"",
+                        in.engine_code, in.engine_code));
+  }
+  if (!in.neighbors_read) return;
+  if (!in.neighbors_opened) {
+    out.add("neighbor-table-missing", Severity::stop, 0, kNeighborFile,
+            "get_inter_ener writes uc_U.dat, then stops with " +
+                quoted(input_open_message(kNeighborFile)));
+  } else if (in.neighbor_status != ListStatus::ok) {
+    out.add("neighbor-table-refused", Severity::stop, in.neighbor_fault.site, kNeighborFile,
+            "uc_U.dat is written, then " +
+                refusal(in.neighbor_status,
+                        neighbor_list_message(in.neighbor_status, in.neighbors, in.neighbor_fault,
+                                              in.batch.job_count, in.batch_name)));
+  }
+}
+
+// What stops the energy job at this file, or "" when it takes an energy from it.
+void check_energy_line(const FileRow& row, Findings& out) {
+  const LogSummary& s = row.summary;
+  if (row.read == LogReadStatus::cannot_open) {
+    out.add("missing-file", Severity::stop, row.site, row.file,
+            "get_inter_ener stops with " + quoted(input_open_message(row.file)));
+  } else if (row.read == LogReadStatus::read_failed) {
+    out.add("unreadable-file", Severity::stop, row.site, row.file,
+            "a read fails (" + row.read_error + "): get_inter_ener stops at this file");
+  } else if (row.energy == SpEnerStatus::marker_not_found) {
+    std::string message =
+        "no \"SCF Done\" line: get_inter_ener stops with \"string 'SCF Done' "
+        "NOT found in " +
+        row.file + "\"";
+    if (s.engine != Engine::gaussian && s.engine != Engine::unknown) {
+      message += std::string("; this ") + engine_name(s.engine) + " output ";
+      message += s.final_energy.found
+                     ? format_text("prints its final energy %.15g hartree as \"%s\"",
+                                   s.final_energy.hartree, s.final_energy.line.c_str())
+                     : std::string("holds no final-energy line in what was read");
+    }
+    out.add("no-energy-line", Severity::stop, row.site, row.file, message);
+  } else if (row.energy == SpEnerStatus::too_few_fields) {
+    out.add("energy-line-too-short", Severity::stop, row.site, row.file,
+            "the last \"SCF Done\" line has fewer than five fields: get_inter_ener stops (" +
+                quoted(row.energy_line) + ")");
+  }
+}
+
+// The kind of run and how it ended: what the taken energy really is.
+void check_run(const FileRow& row, Findings& out) {
+  const LogSummary& s = row.summary;
+  if (row.read != LogReadStatus::ok) return;
+  if (s.engine == Engine::unknown) {
+    out.add("unrecognised-output", Severity::worth_knowing, row.site, row.file,
+            "no engine recognised in its text: termination, charge and level of theory are not "
+            "checked");
+    return;
+  }
+  if (s.termination == Termination::none) {
+    out.add("not-normal-termination", Severity::wrong_number, row.site, row.file,
+            "no normal termination (cut off, or still running): the last SCF energy it reached "
+            "is taken");
+  } else if (s.termination == Termination::error) {
+    out.add("error-termination", Severity::wrong_number, row.site, row.file,
+            "the run ended in an error: the last SCF energy it reached is taken");
+  }
+  if (!s.not_scf.empty()) {
+    std::string message = s.method + " (" + s.not_scf + "): get_inter_ener takes the SCF energy";
+    if (row.energy == SpEnerStatus::found) message += format_text(" %.10g", row.hartree);
+    message += ", not the method's total energy";
+    if (!s.levels.empty() && s.levels.back().label != "HF") {
+      message += format_text("; the output prints %s=%.10g", s.levels.back().label.c_str(),
+                             s.levels.back().hartree);
+    }
+    out.add("not-scf-energy", Severity::wrong_number, row.site, row.file, message);
+  }
+  if (s.has_charge && !s.formula.empty()) {
+    const int electrons = formula_electrons(s.formula) - s.charge;
+    if (electrons >= 0 && (electrons + s.multiplicity - 1) % 2 != 0) {
+      out.add("multiplicity-parity", Severity::wrong_number, row.site, row.file,
+              format_text("multiplicity %d does not fit %d electrons (%s, charge %d)",
+                          s.multiplicity, electrons, s.formula.c_str(), s.charge));
+    }
+  }
+  if (s.optimisation && !s.scan && !s.converged) {
+    out.add("optimisation-not-converged", Severity::worth_knowing, row.site, row.file,
+            "the optimisation did not reach its stationary point: the energy of its last step "
+            "is taken");
+  } else if (s.scan || s.dynamics ||
+             (!s.optimisation && (s.scf_count > 1 || (s.scf_count < 0 && s.scf_seen > 1)))) {
+    const std::string kind = s.scan ? "a scan" : s.dynamics ? "a dynamics run" : "a run";
+    const std::string count =
+        s.scf_count > 0 ? std::to_string(s.scf_count) + " SCF energies" : "several SCF energies";
+    out.add("several-scf-energies", Severity::worth_knowing, row.site, row.file,
+            kind + " with " + count + ": the last one is taken, not a chosen or lowest point");
+  }
+  if (s.frequency) {
+    out.add("frequency-job", Severity::worth_knowing, row.site, row.file,
+            "a frequency job: the electronic energy is taken, without zero-point or thermal "
+            "corrections");
+  }
+}
+
+// The three files of one site against each other: charges, atoms, formula.
+void check_site(const CrystalInputs& in, const SiteJob& site, Findings& out) {
+  const FileRow& anion = in.rows[site.rows[0]];
+  const FileRow& cation = in.rows[site.rows[1]];
+  const FileRow& neutral = in.rows[site.rows[2]];
+  const LogSummary& n = neutral.summary;
+  if (n.has_charge && anion.summary.has_charge && cation.summary.has_charge) {
+    const int a = anion.summary.charge, c = cation.summary.charge;
+    if (a == n.charge + 1 && c == n.charge - 1) {
+      out.add("anion-cation-swapped", Severity::wrong_number, site.site, anion.file,
+              format_text("the anion column holds charge %+d and the cation column %s charge "
+                          "%+d: the site's electron and hole energies are exchanged",
+                          a, cation.file.c_str(), c));
+    } else {
+      for (int f = 0; f < 2; ++f) {
+        const FileRow& row = f == 0 ? anion : cation;
+        const int expected = n.charge + (f == 0 ? -1 : 1);
+        if (row.summary.charge == expected) continue;
+        out.add("charge-mismatch", Severity::wrong_number, site.site, row.file,
+                format_text("the %s holds charge %d; with the neutral's %d it should be %d",
+                            kRoles[f], row.summary.charge, n.charge, expected));
+      }
+    }
+  }
+  for (const FileRow* row : {&anion, &cation}) {
+    const LogSummary& s = row->summary;
+    if (s.atom_count > 0 && n.atom_count > 0 && s.atom_count != n.atom_count) {
+      out.add("atom-count-mismatch", Severity::wrong_number, site.site, row->file,
+              format_text("%d atoms, the neutral %s has %d: not the same molecule", s.atom_count,
+                          neutral.file.c_str(), n.atom_count));
+    } else if (!s.formula.empty() && !n.formula.empty() && s.formula != n.formula) {
+      out.add("formula-mismatch", Severity::wrong_number, site.site, row->file,
+              "formula " + s.formula + ", the neutral " + neutral.file + " has " + n.formula +
+                  ": not the same molecule");
+    }
+  }
+}
+
+// The most common of the non-empty `keys`, the first of equals, or "".
+std::size_t most_common(const std::vector<std::string>& keys) {
+  std::map<std::string, int> counts;
+  std::size_t best = keys.size();
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (keys[i].empty()) continue;
+    if (++counts[keys[i]] > (best == keys.size() ? 0 : counts[keys[best]])) best = i;
+  }
+  return best;
+}
+
+// Every file whose method or basis differs from the crystal's most common one.
+void check_levels(const CrystalInputs& in, Findings& out) {
+  std::vector<std::string> methods, bases;
+  for (const FileRow& row : in.rows) {
+    methods.push_back(row.summary.method.empty() ? "" : method_key(row.summary.method));
+    std::string basis = row.summary.basis;
+    for (char& c : basis) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    bases.push_back(basis);
+  }
+  const std::size_t method = most_common(methods), basis = most_common(bases);
+  for (std::size_t i = 0; i < in.rows.size(); ++i) {
+    const FileRow& row = in.rows[i];
+    if (!methods[i].empty() && methods[i] != methods[method]) {
+      out.add("method-mismatch", Severity::wrong_number, row.site, row.file,
+              "method " + row.summary.method + " where most files use " + methods[method] +
+                  ": energies of different levels of theory are compared");
+    }
+    if (!bases[i].empty() && bases[i] != bases[basis]) {
+      out.add("basis-mismatch", Severity::wrong_number, row.site, row.file,
+              "basis " + row.summary.basis + " where most files use " +
+                  in.rows[basis].summary.basis +
+                  ": energies of different levels of theory are compared");
+    }
+  }
+}
+
+void check_roles(const CrystalInputs& in, Findings& out) {
+  std::vector<std::set<int>> roles(in.rows.size());
+  for (const SiteJob& site : in.sites) {
+    for (int f = 0; f < 3; ++f) {
+      if (site.rows[f] >= 0) roles[site.rows[f]].insert(f);
+    }
+  }
+  for (std::size_t i = 0; i < in.rows.size(); ++i) {
+    if (roles[i].size() < 2) continue;
+    std::string names;
+    int left = static_cast<int>(roles[i].size());
+    for (const int f : roles[i]) {
+      names += kRoles[f];
+      --left;
+      names += left > 1 ? ", " : left == 1 ? " and " : "";
+    }
+    out.add("same-file-two-roles", Severity::worth_knowing, in.rows[i].site, in.rows[i].file,
+            "named as " + names + ": one energy stands for several states");
+  }
+}
+
+void check_neighbors(const CrystalInputs& in, Findings& out) {
+  if (!in.neighbors_opened || in.neighbor_status != ListStatus::ok) return;
+  const auto& lists = in.neighbors.neighbor_mol_id;
+  for (std::size_t i = 0; i < lists.size(); ++i) {
+    for (const int j : lists[i]) {
+      const auto& back = lists[static_cast<std::size_t>(j)];
+      if (std::find(back.begin(), back.end(), static_cast<int>(i)) != back.end()) continue;
+      out.add("neighbor-not-mutual", Severity::worth_knowing, static_cast<int>(i) + 1,
+              kNeighborFile,
+              format_text("site %zu lists site %d as a neighbour, site %d does not list %zu", i + 1,
+                          j + 1, j + 1, i + 1));
+    }
+  }
+}
+
+}  // namespace
+
+const char* severity_name(Severity severity) {
+  switch (severity) {
+    case Severity::stop:
+      return "stop";
+    case Severity::wrong_number:
+      return "wrong-number";
+    case Severity::worth_knowing:
+      break;
+  }
+  return "worth-knowing";
+}
+
+std::vector<Finding> check_crystal(const CrystalInputs& in) {
+  Findings out;
+  check_lists(in, out);
+  for (const FileRow& row : in.rows) check_energy_line(row, out);
+  for (const SiteJob& site : in.sites) {
+    if (site.rows[0] < 0) {
+      out.add("short-job-line", Severity::stop, site.site, "",
+              "get_inter_ener stops with " +
+                  quoted(short_job_line_message(site.site, in.batch_name, site.line)));
+    }
+  }
+  for (const FileRow& row : in.rows) check_run(row, out);
+  for (const SiteJob& site : in.sites) {
+    if (site.rows[0] >= 0) check_site(in, site, out);
+  }
+  check_levels(in, out);
+  check_roles(in, out);
+  check_neighbors(in, out);
+  std::stable_sort(out.list.begin(), out.list.end(),
+                   [](const Finding& a, const Finding& b) { return a.severity < b.severity; });
+  return out.list;
+}
+
+bool would_succeed(const std::vector<Finding>& findings) {
+  return std::none_of(findings.begin(), findings.end(),
+                      [](const Finding& f) { return f.severity == Severity::stop; });
+}
+
+int check_status(const std::vector<Finding>& findings) {
+  return !would_succeed(findings) ? 2 : findings.empty() ? 0 : 1;
+}

@@ -1,0 +1,89 @@
+#include "crystal_inputs.h"
+
+#include <map>
+
+#include "input_file.h"
+#include "mmutil/text.h"
+
+namespace {
+
+// Summarises what the reader kept of an output (`scan`) into `row`: the whole text when head
+// and tail cover it, else its two ends.
+void fill_file_row(const LogScan& scan, FileRow& row) {
+  row.read = scan.status;
+  row.read_error = scan.error;
+  if (scan.status != LogReadStatus::ok) return;
+  const bool size_known = scan.whole_text || scan.text_size > 0;
+  std::string whole;
+  bool is_whole = true;
+  if (scan.head.size() < kHeadBytes) {
+    whole = scan.head;
+  } else if (size_known && scan.text_size <= scan.head.size() + scan.tail.size()) {
+    const std::size_t rest = static_cast<std::size_t>(scan.text_size) - scan.head.size();
+    whole = scan.head + scan.tail.substr(scan.tail.size() - rest);
+  } else {
+    is_whole = false;
+  }
+  row.summary =
+      is_whole ? summarize_log(whole, whole, true) : summarize_log(scan.head, scan.tail, false);
+  if (scan.marker_found) {
+    const SpEnerResult result = sp_ener_from_line(scan.energy_entry);
+    row.energy = result.status;
+    row.energy_line = scan.energy_entry;
+    row.hartree = result.hartree;
+  }
+}
+
+}  // namespace
+
+void read_file_row(FileRow& row) {
+  LogScanOptions options;
+  options.head_bytes = kHeadBytes;
+  options.tail_bytes = kTailBytes;
+  LogScan scan;
+  scan_log_file(row.file.c_str(), options, scan);
+  fill_file_row(scan, row);
+}
+
+CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {
+  CrystalInputs in;
+  in.batch_name = batch_name;
+  in.engine_code = engine_code;
+  std::FILE* batch = open_input_file(batch_name.c_str());
+  in.batch_opened = batch != nullptr;
+  if (batch == nullptr) return in;
+  in.batch_status = read_batch_list(batch, in.batch);
+  std::fclose(batch);
+  if (in.batch_status != ListStatus::ok) return in;
+
+  std::map<std::string, int> seen_lines, seen_files;
+  std::vector<std::string> names;
+  for (int j = 0; j < in.batch.job_count; ++j) {
+    const std::string& line = in.batch.job_lines[j];
+    if (!seen_lines.try_emplace(line, j).second) continue;
+    SiteJob& site = in.sites.emplace_back();
+    site.site = j + 1;
+    site.line = line;
+    mmutil::tokenize(names, line.c_str(), " ");
+    if (names.size() < 3) continue;
+    for (int f = 0; f < 3; ++f) {
+      const auto [at, is_new] = seen_files.try_emplace(names[f], static_cast<int>(in.rows.size()));
+      site.rows[f] = at->second;
+      if (!is_new) continue;
+      FileRow& row = in.rows.emplace_back();
+      row.site = site.site;
+      row.role = f;
+      row.file = names[f];
+      read_file_row(row);
+    }
+  }
+
+  in.neighbors_read = true;
+  std::FILE* table = open_input_file(kNeighborFile);
+  in.neighbors_opened = table != nullptr;
+  if (table == nullptr) return in;
+  in.neighbor_status =
+      read_neighbor_list(table, in.batch.job_count, in.neighbors, in.neighbor_fault);
+  std::fclose(table);
+  return in;
+}

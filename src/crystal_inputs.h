@@ -1,0 +1,75 @@
+// The inputs of a run of the energy job as a check sees them: the batch list, the neighbour
+// table and, once per distinct file, what its output says, read through the same list readers
+// and the same output reader as the energy job, without ending the process on a failure.
+#ifndef GET_INTER_ENER_CRYSTAL_INPUTS_H
+#define GET_INTER_ENER_CRYSTAL_INPUTS_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "input_lists.h"
+#include "log_reader.h"
+#include "log_summary.h"
+
+// How much of an output's text is read: its first 32 KiB hold Gaussian's route section, charge
+// and multiplicity line and atom list (on the real outputs they end within 14 KB), its last
+// 256 KiB the archive entry, the termination line and the other engines' final-energy line
+// (which NWChem prints up to 113 KB before the end).
+constexpr std::size_t kHeadBytes = 32 * 1024;
+constexpr std::size_t kTailBytes = 256 * 1024;
+
+// The three roles of a job line's files, in its order.
+constexpr const char* kRoles[3] = {"anion", "cation", "neutral"};
+
+// One distinct output file of the batch list.
+struct FileRow {
+  int site = 0;  // the first site (1-based) that names it
+  int role = 0;  // its role there: an index into kRoles
+  std::string file;
+  LogReadStatus read = LogReadStatus::ok;
+  std::string read_error;  // read_failed: why
+  LogSummary summary;
+  SpEnerStatus energy = SpEnerStatus::marker_not_found;  // the energy line the job takes
+  std::string energy_line;
+  double hartree = 0.0;
+};
+
+// A site whose job line is read: its files as indices into the rows. A job line that repeats
+// an earlier one is served from it by the energy job and is not listed again.
+struct SiteJob {
+  int site = 0;  // 1-based
+  std::string line;
+  int rows[3] = {-1, -1, -1};  // -1: the line names fewer than three files
+};
+
+struct CrystalInputs {
+  std::string batch_name;
+  int engine_code = 1;
+  bool batch_opened = false;
+  ListStatus batch_status = ListStatus::ok;
+  BatchList batch;
+  std::vector<SiteJob> sites;
+  std::vector<FileRow> rows;
+  bool neighbors_read = false;  // the table was read (the batch list was usable)
+  bool neighbors_opened = false;
+  ListStatus neighbor_status = ListStatus::ok;
+  NeighborTable neighbors;
+  ListFault neighbor_fault;
+};
+
+// Reads the output `row.file` (its first kHeadBytes and last kTailBytes bytes, and its energy
+// line, through the energy job's reader) into `row`. The text counts as whole, and its
+// "SCF Done" lines are counted, when the head is shorter than asked or head and tail together
+// cover a text of known size.
+//
+//   a 2 KB output -> summary.scf_count = its "SCF Done" lines;   a 1 MB output -> -1
+void read_file_row(FileRow& row);
+
+// Reads the batch list `batch_name` from the working directory, each distinct file it names,
+// and "neighbor.dat" (checked against the job count). Nothing ends the process.
+//
+//   read_crystal("int_ener_files.dat", 1) on the example crystal -> 3 sites, 9 rows
+CrystalInputs read_crystal(const std::string& batch_name, int engine_code);
+
+#endif  // GET_INTER_ENER_CRYSTAL_INPUTS_H

@@ -1,0 +1,423 @@
+#include "log_summary.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+
+#include "chem_formula.h"
+
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+
+// The line on which Gaussian prints the total energy of a TD job's state of interest.
+constexpr std::string_view kTdTotalEnergy = "Total Energy, E(TD-HF/TD-DFT) =";
+
+std::string upper(std::string_view text) {
+  std::string s(text);
+  for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return s;
+}
+
+bool starts_with(std::string_view text, std::string_view prefix) {
+  return text.substr(0, prefix.size()) == prefix;
+}
+
+bool contains(std::string_view text, std::string_view what) { return text.find(what) != npos; }
+
+std::size_t count_of(std::string_view text, std::string_view what) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(what); at != npos; at = text.find(what, at + what.size())) ++n;
+  return n;
+}
+
+std::string_view trim(std::string_view text) {
+  const std::size_t begin = text.find_first_not_of(" \t\r\n");
+  if (begin == npos) return {};
+  return text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1);
+}
+
+// The parts of `text` between the separators `separator`, empty parts included.
+std::vector<std::string_view> split(std::string_view text, std::string_view separator) {
+  std::vector<std::string_view> parts;
+  for (std::size_t begin = 0;;) {
+    const std::size_t end = text.find(separator, begin);
+    parts.push_back(text.substr(begin, end == npos ? npos : end - begin));
+    if (end == npos) return parts;
+    begin = end + separator.size();
+  }
+}
+
+// The lines of `text` without their line ends.
+std::vector<std::string_view> lines_of(std::string_view text) {
+  std::vector<std::string_view> lines = split(text, "\n");
+  for (std::string_view& line : lines) {
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  }
+  return lines;
+}
+
+// The whole line of `text` that holds position `at`.
+std::string_view line_at(std::string_view text, std::size_t at) {
+  const std::size_t begin = text.rfind('\n', at);
+  const std::size_t start = begin == npos ? 0 : begin + 1;
+  const std::size_t end = text.find('\n', at);
+  return text.substr(start, end == npos ? npos : end - start);
+}
+
+// A number that fills all of `text`, into `value`.
+bool read_number(std::string_view text, double& value) {
+  const std::string s(trim(text));
+  char* end = nullptr;
+  value = std::strtod(s.c_str(), &end);
+  return !s.empty() && end == s.c_str() + s.size();
+}
+
+Engine recognise_engine(std::string_view head, std::string_view tail) {
+  if (contains(head, "Entering Gaussian System") || contains(head, "Gaussian, Inc.")) {
+    return Engine::gaussian;
+  }
+  if (contains(head, "* O   R   C   A *")) return Engine::orca;
+  if (contains(head, "Welcome to Q-Chem")) return Engine::qchem;
+  if (contains(head, "Northwest Computational Chemistry Package")) return Engine::nwchem;
+  if (contains(tail, "termination of Gaussian")) return Engine::gaussian;
+  return Engine::unknown;
+}
+
+// How the run ended: the last of its engine's normal and error endings in `tail`.
+Termination read_termination(Engine engine, std::string_view tail) {
+  std::vector<std::string_view> normal, error;
+  switch (engine) {
+    case Engine::gaussian:
+      normal = {"Normal termination of Gaussian"};
+      error = {"Error termination"};
+      break;
+    case Engine::orca:
+      normal = {"ORCA TERMINATED NORMALLY"};
+      error = {"ORCA finished by error termination", "aborting the run"};
+      break;
+    case Engine::qchem:
+      normal = {"Thank you very much for using Q-Chem"};
+      error = {"Q-Chem fatal error"};
+      break;
+    case Engine::nwchem:
+      normal = {"Total times  cpu:"};
+      error = {"This error has not yet been assigned to a category", "error is most commonly"};
+      break;
+    case Engine::unknown:
+      return Termination::none;
+  }
+  const auto last = [&](const std::vector<std::string_view>& texts) {
+    std::size_t at = npos;
+    for (const std::string_view t : texts) {
+      const std::size_t found = tail.rfind(t);
+      if (found != npos && (at == npos || found > at)) at = found;
+    }
+    return at;
+  };
+  const std::size_t normal_at = last(normal), error_at = last(error);
+  if (error_at != npos && (normal_at == npos || error_at > normal_at)) return Termination::error;
+  return normal_at != npos ? Termination::normal : Termination::none;
+}
+
+FinalEnergyLine read_final_energy(Engine engine, std::string_view head, std::string_view tail) {
+  std::vector<std::string_view> markers;
+  if (engine == Engine::orca) markers = {"FINAL SINGLE POINT ENERGY"};
+  if (engine == Engine::qchem) markers = {"Total energy in the final basis set"};
+  if (engine == Engine::nwchem) markers = {"Total DFT energy", "Total SCF energy"};
+  FinalEnergyLine result;
+  for (const std::string_view text : {tail, head}) {
+    std::size_t at = npos, marker_size = 0;
+    for (const std::string_view marker : markers) {
+      const std::size_t found = text.rfind(marker);
+      if (found != npos && (at == npos || found > at)) at = found, marker_size = marker.size();
+    }
+    if (at == npos) continue;
+    const std::string_view line = line_at(text, at);
+    std::string_view value =
+        text.substr(at + marker_size, line.data() + line.size() - text.data() - at - marker_size);
+    if (value.find('=') != npos) value.remove_prefix(value.find('=') + 1);
+    result.found = true;
+    result.line = std::string(trim(line));
+    result.hartree = std::strtod(std::string(value).c_str(), nullptr);
+    return result;
+  }
+  return result;
+}
+
+// The atom symbol that begins an atom line of an input echo ("C   1  B1", "C,0,1.2,0.,0.",
+// "C1 -4.8 0.6 0.3"), or "" for any other line.
+std::string atom_symbol(std::string_view line) {
+  line = trim(line);
+  std::size_t letters = 0;
+  while (letters < line.size() && std::isalpha(static_cast<unsigned char>(line[letters]))) {
+    ++letters;
+  }
+  if (letters == 0 || letters > 2) return "";
+  const char next = letters < line.size() ? line[letters] : ' ';
+  if (next != ' ' && next != ',' && next != '-' && next != '(' && next != '\t' &&
+      !std::isdigit(static_cast<unsigned char>(next))) {
+    return "";
+  }
+  const std::string symbol(line.substr(0, letters));
+  return atomic_number(symbol) > 0 ? symbol : "";
+}
+
+// What the head of a Gaussian output states: its route section, its charge and multiplicity,
+// its atoms.
+struct GaussianHead {
+  std::string route;  // the route section's lines joined
+  bool has_charge = false;
+  int charge = 0;
+  int multiplicity = 0;
+  int atom_count = 0;  // the "NAtoms=" line, else the atoms listed after the charge line
+  std::vector<std::string> symbols;
+};
+
+GaussianHead read_gaussian_head(std::string_view head) {
+  GaussianHead facts;
+  const std::vector<std::string_view> lines = lines_of(head);
+  std::size_t i = 0;
+  while (i < lines.size() && !starts_with(trim(lines[i]), "#")) ++i;
+  // The route runs to the line of dashes; each wrapped line begins with one blank.
+  for (; i < lines.size() && !starts_with(trim(lines[i]), "---"); ++i) {
+    facts.route += std::string(lines[i].substr(std::min<std::size_t>(1, lines[i].size())));
+  }
+  for (i = 0; i < lines.size(); ++i) {
+    const std::string line(lines[i]);
+    if (std::sscanf(line.c_str(), " Charge = %d Multiplicity = %d", &facts.charge,
+                    &facts.multiplicity) == 2) {
+      facts.has_charge = true;
+      break;
+    }
+  }
+  // The atoms follow the charge line, after at most two lines of other text.
+  std::size_t skipped = 0;
+  for (++i; i < lines.size(); ++i) {
+    const std::string symbol = atom_symbol(lines[i]);
+    if (!symbol.empty()) {
+      facts.symbols.push_back(symbol);
+    } else if (!facts.symbols.empty() || ++skipped > 2) {
+      break;
+    }
+  }
+  facts.atom_count = static_cast<int>(facts.symbols.size());
+  const std::size_t natoms = head.find("NAtoms=");
+  if (natoms != npos)
+    facts.atom_count = std::atoi(std::string(head.substr(natoms + 7, 12)).c_str());
+  return facts;
+}
+
+// The name of a route keyword: "opt=(tight)" -> "opt", "td(nstates=5)" -> "td".
+std::string keyword_name(std::string_view word) {
+  return std::string(word.substr(0, word.find_first_of("=(")));
+}
+
+// The route's words in lower case, without the leading "#", "#p", "#n" or "#t".
+std::vector<std::string> route_words(std::string_view route) {
+  std::vector<std::string> words;
+  for (const std::string_view part : split(route, " ")) {
+    std::string word(part);
+    for (char& c : word) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (word == "#" || word == "#p" || word == "#n" || word == "#t") continue;
+    if (!word.empty() && word[0] == '#') word.erase(0, 1);
+    if (!word.empty()) words.push_back(word);
+  }
+  return words;
+}
+
+// The method and basis of a route: its word "METHOD/BASIS", in upper case.
+void route_level(std::string_view route, std::string& method, std::string& basis) {
+  for (const std::string& word : route_words(route)) {
+    const std::size_t slash = word.find('/');
+    if (slash == npos || starts_with(word, "iop") || word.substr(0, slash).find('=') != npos) {
+      continue;
+    }
+    method = upper(word.substr(0, slash));
+    basis = upper(word.substr(slash + 1));
+    return;
+  }
+}
+
+// The kind of a method key (see method_key()) whose total energy is not the SCF energy.
+std::string kind_of_method(const std::string& m) {
+  if (m == "TD" || m == "TDA" || contains(m, " TD")) return "TD";
+  if (starts_with(m, "EOM")) return "EOM";
+  for (const char* p : {"CCSD", "CCD", "QCISD", "BD"}) {
+    if (starts_with(m, p)) return "coupled cluster";
+  }
+  for (const char* p : {"MP2", "MP3", "MP4", "MP5"}) {
+    if (starts_with(m, p)) return "MPn";
+  }
+  if (starts_with(m, "CIS") || starts_with(m, "CID")) return "CI";
+  if (starts_with(m, "ONIOM")) return "ONIOM";
+  if (starts_with(m, "COUNTERPOISE")) return "counterpoise";
+  for (const char* p : {"CBS-QB3", "CBS-4M", "CBS-APNO", "CBSQB3", "G1", "G2", "G2MP2", "G3",
+                        "G3MP2", "G3B3", "G3MP2B3", "G4", "G4MP2", "W1U", "W1BD", "W1RO"}) {
+    if (m == p) return "composite";
+  }
+  if (contains(m, "2PLYP") || starts_with(m, "DSD")) return "double hybrid";
+  return "";
+}
+
+bool is_level_label(std::string_view label) {
+  if (label == "HF") return true;
+  for (const char* p :
+       {"MP", "CC", "QCI", "CI", "BD", "CBS", "G1", "G2", "G3", "G4", "W1", "ONIOM"}) {
+    if (starts_with(label, p)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+const char* engine_name(Engine engine) {
+  switch (engine) {
+    case Engine::gaussian:
+      return "Gaussian";
+    case Engine::orca:
+      return "ORCA";
+    case Engine::qchem:
+      return "Q-Chem";
+    case Engine::nwchem:
+      return "NWChem";
+    case Engine::unknown:
+      break;
+  }
+  return "unknown";
+}
+
+const char* termination_name(Termination termination) {
+  switch (termination) {
+    case Termination::normal:
+      return "normal";
+    case Termination::error:
+      return "error";
+    case Termination::none:
+      break;
+  }
+  return "none";
+}
+
+bool read_gaussian_archive(std::string_view text, GaussianArchive& archive) {
+  const std::size_t begin = text.rfind("\n 1\\1\\");
+  if (begin == npos) return false;
+  const std::size_t end = text.find("\\\\@", begin);
+  if (end == npos) return false;
+  // Unwrap: every line of the entry begins with one blank.
+  std::string entry;
+  for (const std::string_view line : lines_of(text.substr(begin + 1, end + 3 - begin - 1))) {
+    entry += std::string(line.substr(std::min<std::size_t>(1, line.size())));
+  }
+  const std::vector<std::string_view> sections = split(entry, "\\\\");
+  if (sections.size() < 5) return false;
+  const std::vector<std::string_view> head = split(sections[0], "\\");
+  if (head.size() < 7) return false;
+  archive = GaussianArchive{};
+  archive.job_type = head[3];
+  archive.method = head[4];
+  archive.basis = head[5];
+  archive.formula = head[6].substr(0, head[6].find('('));
+  archive.route = sections[1];
+  const std::vector<std::string_view> molecule = split(sections[3], "\\");
+  if (std::sscanf(std::string(molecule[0]).c_str(), "%d,%d", &archive.charge,
+                  &archive.multiplicity) != 2) {
+    return false;
+  }
+  archive.atom_count = static_cast<int>(molecule.size()) - 1;
+  for (const std::string_view field : split(sections[4], "\\")) {
+    const std::size_t equals = field.find('=');
+    LevelEnergy level{std::string(field.substr(0, equals)), 0.0};
+    if (equals != npos && is_level_label(level.label) &&
+        read_number(field.substr(equals + 1), level.hartree)) {
+      archive.levels.push_back(level);
+    }
+  }
+  return true;
+}
+
+std::string method_key(std::string_view method) {
+  std::string key = upper(trim(method));
+  if (starts_with(key, "RO") && key.size() > 2) {
+    key.erase(0, 2);
+  } else if ((starts_with(key, "R") || starts_with(key, "U")) && key.size() > 1) {
+    key.erase(0, 1);
+  }
+  if (key.size() > 3 && key.compare(key.size() - 3, 3, "-FC") == 0) key.resize(key.size() - 3);
+  return key;
+}
+
+std::string not_scf_kind(std::string_view method, std::string_view route) {
+  std::string kind = kind_of_method(method_key(method));
+  for (const std::string& word : route_words(route)) {
+    if (!kind.empty()) break;
+    const std::size_t slash = word.find('/');
+    kind = kind_of_method(method_key(slash != npos ? word.substr(0, slash) : keyword_name(word)));
+  }
+  return kind;
+}
+
+LogSummary summarize_log(std::string_view head, std::string_view tail, bool whole_text) {
+  LogSummary s;
+  s.engine = recognise_engine(head, tail);
+  s.termination = read_termination(s.engine, tail);
+  s.scf_seen =
+      static_cast<int>(count_of(head, "SCF Done") + (whole_text ? 0 : count_of(tail, "SCF Done")));
+  if (whole_text) s.scf_count = s.scf_seen;
+  if (s.engine != Engine::gaussian) {
+    s.final_energy = read_final_energy(s.engine, head, tail);
+    return s;
+  }
+  const GaussianHead facts = read_gaussian_head(head);
+  GaussianArchive archive;
+  s.from_archive = read_gaussian_archive(tail, archive);
+  const std::string route = facts.route.empty() ? archive.route : facts.route;
+  if (s.from_archive) {
+    s.has_charge = true;
+    s.charge = archive.charge;
+    s.multiplicity = archive.multiplicity;
+    s.atom_count = archive.atom_count;
+    s.formula = archive.formula;
+    s.method = archive.method;
+    s.basis = archive.basis;
+    s.job_type = archive.job_type;
+    s.levels = archive.levels;
+  } else {
+    s.has_charge = facts.has_charge;
+    s.charge = facts.charge;
+    s.multiplicity = facts.multiplicity;
+    s.atom_count = facts.atom_count;
+    if (!facts.symbols.empty()) s.formula = hill_formula(facts.symbols);
+    route_level(route, s.method, s.basis);
+  }
+  for (const std::string& word : route_words(route)) {
+    const std::string name = keyword_name(word);
+    s.optimisation |= name == "opt";
+    s.scan |= name == "scan";
+    s.frequency |= name == "freq";
+    s.dynamics |= name == "admp" || name == "bomd";
+  }
+  const std::string job = upper(s.job_type);
+  s.optimisation |= contains(job, "OPT") || job == "FTS" || job == "PTS";
+  s.scan |= job == "SCAN" || contains(tail, "on scan point");
+  s.frequency |= job == "FREQ";
+  s.dynamics |= job == "ADMP" || job == "BOMD";
+  s.converged =
+      s.optimisation && (contains(tail, "Stationary point found") || job == "FOPT" || job == "FTS");
+  s.not_scf = not_scf_kind(s.method, route);
+  // A TD job prints the total energy of its state of interest outside the archive entry.
+  const std::size_t td = tail.rfind(kTdTotalEnergy);
+  if (td != npos) {
+    const std::string_view line = line_at(tail, td);
+    const std::size_t equals = line.find('=');
+    s.levels.push_back(
+        {"E(TD-HF/TD-DFT)", std::strtod(std::string(line.substr(equals + 1)).c_str(), nullptr)});
+  }
+  // Numbers far outside chemistry are corrupt text, not a charge and multiplicity.
+  if (s.charge < -1000 || s.charge > 1000 || s.multiplicity < 1 || s.multiplicity > 1000) {
+    s.has_charge = false;
+    s.charge = s.multiplicity = 0;
+  }
+  return s;
+}

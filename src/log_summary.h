@@ -1,0 +1,113 @@
+// What a check of a crystal's outputs needs to know of one quantum-chemistry output, taken from
+// the first and last bytes of its text: the engine that wrote it, how the run ended, and for
+// Gaussian the charge, multiplicity, atoms, formula, level of theory and kind of job, read
+// from the closing archive entry (the block from "1\1\" to "\\@" at the end of every finished
+// job, wrapped at 70 characters) where there is one, and from the head of the file (the route
+// section, the charge and multiplicity line, the atoms) where there is none. For the other
+// engines: recognition, termination and their own final-energy line.
+#ifndef GET_INTER_ENER_LOG_SUMMARY_H
+#define GET_INTER_ENER_LOG_SUMMARY_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+enum class Engine { unknown, gaussian, orca, qchem, nwchem };
+enum class Termination { none, normal, error };
+
+// The engine's name as the check prints it.
+//
+//   Engine::qchem -> "Q-Chem";   Engine::unknown -> "unknown"
+const char* engine_name(Engine engine);
+
+// How a run ended, as the check prints it.
+//
+//   Termination::none -> "none"
+const char* termination_name(Termination termination);
+
+// An energy that an output prints for one level of theory: "CCSD(T)" -75.0177604.
+struct LevelEnergy {
+  std::string label;
+  double hartree = 0.0;
+};
+
+// What Gaussian's closing archive entry states.
+struct GaussianArchive {
+  std::string job_type;  // "SP", "FOpt", "POpt", "Scan", "Freq", ...
+  std::string method;    // as written: "UB3LYP", "RCCSD(T)-FC", "RB3LYP TD-FC"
+  std::string basis;     // "6-31G(d)"
+  std::string formula;   // without the charge and multiplicity: "C18H12"
+  std::string route;     // "#P MP2/STO-3G"
+  int charge = 0;
+  int multiplicity = 0;
+  int atom_count = 0;
+  std::vector<LevelEnergy> levels;  // "HF" and the correlated levels, in the entry's order
+};
+
+// Reads the last complete archive entry of `text` (a line beginning " 1\1\", up to "\\@").
+// False when there is none or it is cut off. Values that are lists (a scan's energies) are not
+// taken as levels.
+//
+//   " 1\1\G\SP\RMP2-FC\STO-3G\H2O1\U\D\0\\#P MP2/STO-3G\\Water\\0,1\O\H,1,0.99\H,1,0.99,2,106.
+//   \\Version=X\HF=-74.96\MP2=-75.00\\@"  ->  SP, RMP2-FC, STO-3G, H2O1, 0, 1, 3 atoms,
+//   {HF -74.96, MP2 -75.00}
+bool read_gaussian_archive(std::string_view text, GaussianArchive& archive);
+
+// The final energy of a run of another engine, as it prints it: ORCA's
+// "FINAL SINGLE POINT ENERGY", Q-Chem's "Total energy in the final basis set", NWChem's
+// "Total DFT energy" or "Total SCF energy".
+struct FinalEnergyLine {
+  bool found = false;
+  std::string line;  // the line, trimmed
+  double hartree = 0.0;
+};
+
+// Everything known of one output. Numbers that are unknown are 0 (counts) or flagged; a charge
+// beyond +-1000 or a multiplicity outside 1..1000 counts as unknown.
+struct LogSummary {
+  Engine engine = Engine::unknown;
+  Termination termination = Termination::none;
+  bool from_archive = false;  // Gaussian: the archive entry was read
+  bool has_charge = false;    // charge and multiplicity are known
+  int charge = 0;
+  int multiplicity = 0;
+  int atom_count = 0;    // 0: unknown
+  std::string formula;   // Hill order, every count written; "" unknown
+  std::string method;    // "" unknown
+  std::string basis;     // "" unknown
+  std::string job_type;  // the archive's; "" unknown
+  std::string not_scf;   // the kind of method whose total energy is not the SCF energy, or ""
+  std::vector<LevelEnergy> levels;  // the archive's energies, then a TD job's total energy
+  int scf_count = -1;  // "SCF Done" lines of the whole text; -1 when it was not all read
+  int scf_seen = 0;    // "SCF Done" lines in what was read
+  bool optimisation = false;
+  bool converged = false;  // an optimisation that found its stationary point
+  bool scan = false;
+  bool dynamics = false;
+  bool frequency = false;
+  FinalEnergyLine final_energy;  // the other engines
+};
+
+// The summary of an output whose text begins with `head` and ends with `tail`. When
+// `whole_text` is set, `head` is the whole text (and `tail` its end, or all of it too).
+//
+//   head " Entering Gaussian System ...", tail "... Normal termination of Gaussian 16 ..."
+//   -> engine gaussian, termination normal
+LogSummary summarize_log(std::string_view head, std::string_view tail, bool whole_text);
+
+// A method as compared between files: upper case, without the restricted, unrestricted or
+// restricted-open prefix (R, U, RO) and without Gaussian's frozen-core suffix "-FC", which is
+// its default.
+//
+//   "UB3LYP" -> "B3LYP";   "rmp2-fc" -> "MP2";   "ROHF" -> "HF"
+std::string method_key(std::string_view method);
+
+// The kind of method, among those whose total energy is not the SCF energy, named by the
+// method `method` or the route keywords `route` (lower or upper case), or "" when none is:
+// "MPn", "coupled cluster", "CI", "TD", "EOM", "ONIOM", "counterpoise", "composite",
+// "double hybrid".
+//
+//   "RCCSD(T)-FC", "" -> "coupled cluster";   "B3LYP", "#p b3lyp/sto-3g td(nstates=5)" -> "TD"
+std::string not_scf_kind(std::string_view method, std::string_view route);
+
+#endif  // GET_INTER_ENER_LOG_SUMMARY_H
