@@ -32,7 +32,7 @@ $(RELEASE_DIR)/src/get_inter_ener: FORCE
 demo: $(RELEASE_DIR)/src/get_inter_ener
 	rm -rf $(DEMO_DIR)
 	mkdir -p $(DEMO_DIR)
-	cp examples/*.log examples/int_ener_files.dat examples/neighbor.dat $(DEMO_DIR)/
+	cp examples/*.log examples/*.log.gz examples/int_ener_files.dat examples/neighbor.dat $(DEMO_DIR)/
 	cd $(DEMO_DIR) && ../src/get_inter_ener -batch int_ener_files.dat -neighbor
 	@cd $(DEMO_DIR) && for f in uc_U.dat EH*.dat EL*.dat; do echo "==> $(DEMO_DIR)/$$f <=="; cat $$f; done
 
