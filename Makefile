@@ -13,6 +13,7 @@ TEST_DIR := $(BUILD_DIR)/test
 DEMO_DIR := $(RELEASE_DIR)/demo
 BENCH_DIR := $(BUILD_DIR)/bench
 BENCH_RUNS ?= 21
+BENCH_COMPRESSED_RUNS ?= 7
 BENCH_MIB ?= 64
 BENCH_DATA := $(BENCH_DIR)/data-$(BENCH_MIB)
 PACKAGE_DIR := $(BUILD_DIR)/packages
@@ -65,7 +66,9 @@ fuzz:
 	done
 
 # Three generated outputs of BENCH_MIB MiB (kept between runs), the whole job against cat in
-# BENCH_RUNS alternating runs, then the reader's throughput on one file.
+# BENCH_RUNS alternating runs, the reader's throughput on one file, then the job on the three
+# outputs compressed with each format (compressed once and kept) against zcat, bzcat, xzcat
+# and zstdcat in BENCH_COMPRESSED_RUNS alternating runs.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -78,6 +81,8 @@ bench:
 	$(BENCH_DIR)/bench/job_vs_cat $(abspath $(BENCH_DIR))/src/get_inter_ener $(BENCH_DATA) \
 	  $(BENCH_RUNS) mol_1.log mol_2.log mol_3.log
 	$(BENCH_DIR)/bench/log_reader_bench $(BENCH_DATA)/mol_1.log
+	$(BENCH_DIR)/bench/compressed_vs_decompressor $(abspath $(BENCH_DIR))/src/get_inter_ener \
+	  $(BENCH_DATA) $(BENCH_COMPRESSED_RUNS) mol_1.log mol_2.log mol_3.log
 
 install: $(RELEASE_DIR)/src/get_inter_ener
 	cmake --install $(RELEASE_DIR) --prefix $(PREFIX)

@@ -4,57 +4,16 @@
 //   job_vs_cat TOOL DIR RUNS LOG...
 // runs, in DIR, "cat LOG... >/dev/null", "TOOL -batch int_ener_files.dat" and the same with
 // -verbose, RUNS times each, one after the other.
-#include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
-namespace {
-
-struct RunResult {
-  double seconds;
-  long max_rss_kib;
-};
-
-// Runs `args` in the current directory with standard output sent to /dev/null.
-RunResult run(const std::vector<std::string>& args) {
-  std::vector<char*> argv;
-  for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-  argv.push_back(nullptr);
-  const auto start = std::chrono::steady_clock::now();
-  const pid_t pid = fork();
-  if (pid == 0) {
-    const int null = open("/dev/null", O_WRONLY);
-    dup2(null, STDOUT_FILENO);
-    execvp(argv[0], argv.data());
-    _exit(127);
-  }
-  int status = 0;
-  struct rusage usage {};
-  wait4(pid, &status, 0, &usage);
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    std::fprintf(stderr, "%s failed with status %d\n", args[0].c_str(), status);
-    std::exit(1);
-  }
-  return {elapsed.count(), usage.ru_maxrss};
-}
-
-double median(std::vector<double> v) {
-  std::sort(v.begin(), v.end());
-  const std::size_t n = v.size();
-  return n % 2 == 1 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-}
-
-}  // namespace
+#include "timed_run.h"
 
 int main(int argc, char** argv) {
   if (argc < 5) {
@@ -79,11 +38,11 @@ int main(int argc, char** argv) {
 
   std::vector<double> t_cat, t_job, t_verbose;
   long peak_kib = 0;
-  run(cat);  // warm the page cache
+  timed_run(cat);  // warm the page cache
   for (int r = 0; r < runs; ++r) {
-    t_cat.push_back(run(cat).seconds);
-    const RunResult plain = run(job);
-    const RunResult verbose = run(verbose_job);
+    t_cat.push_back(timed_run(cat).seconds);
+    const RunResult plain = timed_run(job);
+    const RunResult verbose = timed_run(verbose_job);
     t_job.push_back(plain.seconds);
     t_verbose.push_back(verbose.seconds);
     peak_kib = std::max({peak_kib, plain.max_rss_kib, verbose.max_rss_kib});
