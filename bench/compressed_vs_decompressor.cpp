@@ -6,9 +6,9 @@
 //   compressed_vs_decompressor TOOL DIR RUNS LOG...
 // compresses each LOG of DIR once per format (LOG.gz, LOG.bz2, LOG.xz, LOG.zst, kept for later
 // runs), writes the batch list int_ener_files.EXT.dat naming them as one job, and runs
-// "zcat LOG.gz... >/dev/null" (bzcat, xzcat, zstdcat), "TOOL -batch int_ener_files.EXT.dat"
-// and the same with -verbose, RUNS times each. A format whose tools are not installed is
-// skipped.
+// "zcat LOG.gz... >/dev/null" (bzcat, xzcat, zstdcat), "TOOL -batch int_ener_files.EXT.dat",
+// the same with -verbose, and "decode_text LOG.gz..." (the decoding alone, found beside this
+// program), RUNS times each. A format whose tools are not installed is skipped.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -64,8 +64,8 @@ bool compress_once(const Format& format, const std::string& log, const std::stri
 
 // Runs the reference, the job and the job with -verbose `runs` times in turn; prints the
 // medians and ratios, and the peak memory of each.
-void compare(const Format& format, const std::string& tool, const std::vector<std::string>& logs,
-             int runs) {
+void compare(const Format& format, const std::string& tool, const std::string& decoder,
+             const std::vector<std::string>& logs, int runs) {
   const std::string ext = format.extension;
   std::vector<std::string> reference = {format.decompress};
   std::string batch = "1\n";
@@ -81,20 +81,23 @@ void compare(const Format& format, const std::string& tool, const std::vector<st
   std::ofstream(batch_name) << batch << "\n";
   const std::vector<std::string> job = {tool, "-batch", batch_name};
   const std::vector<std::string> verbose_job = {tool, "-verbose", "-batch", batch_name};
+  std::vector<std::string> decoding = reference;
+  decoding[0] = decoder;
 
-  Series reference_runs, job_runs, verbose_runs;
+  Series reference_runs, job_runs, verbose_runs, decoding_runs;
   timed_run(reference);  // warm the page cache
   for (int r = 0; r < runs; ++r) {
     record(reference_runs, timed_run(reference));
     record(job_runs, timed_run(job));
     record(verbose_runs, timed_run(verbose_job));
+    record(decoding_runs, timed_run(decoding));
   }
   const double ref_wall = median(reference_runs.wall), ref_cpu = median(reference_runs.cpu);
   std::printf("%s, %d alternating runs     wall (median)          CPU (median)\n", ext.c_str(),
               runs);
   std::printf("  %-14s %8.4f s               %8.4f s\n", format.decompress, ref_wall, ref_cpu);
-  const std::pair<const char*, const Series*> jobs[] = {{"job", &job_runs},
-                                                        {"job -verbose", &verbose_runs}};
+  const std::pair<const char*, const Series*> jobs[] = {
+      {"job", &job_runs}, {"job -verbose", &verbose_runs}, {"decoding alone", &decoding_runs}};
   for (const auto& [name, series] : jobs) {
     const double wall = median(series->wall), cpu = median(series->cpu);
     std::printf("  %-14s %8.4f s  %.3f x     %8.4f s  %.3f x   (goal <= 1.1)  %s\n", name, wall,
@@ -121,6 +124,13 @@ int main(int argc, char** argv) {
   }
   const int runs = std::max(1, std::atoi(argv[3]));
   const std::vector<std::string> logs(argv + 4, argv + argc);
+  char self[4096] = {};
+  if (readlink("/proc/self/exe", self, sizeof self - 1) < 0) {
+    std::perror("/proc/self/exe");
+    return 1;
+  }
+  const std::string here(self);
+  const std::string decoder = here.substr(0, here.rfind('/') + 1) + "decode_text";
   for (const Format& format : kFormats) {
     const std::string compressor(format.compress, std::string(format.compress).find(' '));
     if (!on_path(compressor.c_str()) || !on_path(format.decompress)) {
@@ -128,7 +138,7 @@ int main(int argc, char** argv) {
                   format.decompress);
       continue;
     }
-    compare(format, argv[1], logs, runs);
+    compare(format, argv[1], decoder, logs, runs);
   }
   return 0;
 }
