@@ -45,6 +45,15 @@ long read_input(ByteSource& source, char* out, std::size_t capacity) {
   }
 }
 
+// Each format's name in messages, and the library that decodes it; in the order of TextFormat.
+const struct {
+  const char* name;
+  const char* library;
+} kFormatNames[] = {
+    {"plain", nullptr}, {"gzip", "zlib"},    {"bzip2", "libbz2"},
+    {"xz", "liblzma"},  {"zstd", "libzstd"},
+};
+
 // A compressed input being decoded.
 struct Decoding {
   const Decoder* decoder = nullptr;
@@ -153,19 +162,7 @@ bool has_bytes(const unsigned char* head, std::size_t length, std::size_t at, co
 }  // namespace
 
 const char* format_name(TextFormat format) {
-  switch (format) {
-    case TextFormat::gzip:
-      return "gzip";
-    case TextFormat::bzip2:
-      return "bzip2";
-    case TextFormat::xz:
-      return "xz";
-    case TextFormat::zstd:
-      return "zstd";
-    case TextFormat::plain:
-      break;
-  }
-  return "plain";
+  return kFormatNames[static_cast<std::size_t>(format)].name;
 }
 
 TextFormat recognise_format(const unsigned char* head, std::size_t length) {
@@ -180,27 +177,14 @@ TextFormat recognise_format(const unsigned char* head, std::size_t length) {
        has_bytes(head, length, 4, "\x17\x72\x45\x38\x50\x90", 6))) {
     return TextFormat::bzip2;
   }
-  if (has_bytes(head, length, 0,
-                "\xfd"
-                "7zXZ\0",
-                6))
-    return TextFormat::xz;
+  if (has_bytes(head, length, 0, "\xfd\x37\x7a\x58\x5a\x00", 6)) return TextFormat::xz;
   if (has_bytes(head, length, 0, "\x28\xb5\x2f\xfd", 4)) return TextFormat::zstd;
   return TextFormat::plain;
 }
 
 const char* missing_library(TextFormat format) {
-  if (format == TextFormat::plain || decoder_of(format) != nullptr) return nullptr;
-  switch (format) {
-    case TextFormat::gzip:
-      return "zlib";
-    case TextFormat::bzip2:
-      return "libbz2";
-    case TextFormat::xz:
-      return "liblzma";
-    default:
-      return "libzstd";
-  }
+  return decoder_of(format) == nullptr ? kFormatNames[static_cast<std::size_t>(format)].library
+                                       : nullptr;
 }
 
 bool open_byte_source(int fd, ByteSource& source) {
