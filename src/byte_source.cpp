@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -104,8 +105,9 @@ bool start_decoding(ByteSource& source) {
     return false;
   }
   auto* decoding = new (std::nothrow) Decoding;
-  if (decoding != nullptr) decoding->state = decoder->create();
-  if (decoding == nullptr || decoding->state == nullptr) {
+  if (decoding != nullptr) decoding->state = std::calloc(1, decoder->state_size);
+  if (decoding == nullptr || decoding->state == nullptr || !decoder->start(decoding->state)) {
+    if (decoding != nullptr) std::free(decoding->state);
     delete decoding;
     source.error = "not enough memory to decode " + format + " data";
     return false;
@@ -206,7 +208,8 @@ long read_text(ByteSource& source, char* out, std::size_t capacity) {
 void close_byte_source(ByteSource& source) {
   auto* decoding = static_cast<Decoding*>(source.decoder);
   if (decoding != nullptr) {
-    decoding->decoder->destroy(decoding->state);
+    decoding->decoder->end(decoding->state);
+    std::free(decoding->state);
     delete decoding;
   }
   source.decoder = nullptr;

@@ -41,15 +41,17 @@ inline unsigned int as_uint(std::size_t length) {
   return length > 0xffffffffu ? 0xffffffffu : static_cast<unsigned int>(length);
 }
 
-// One format's decoder.
+// One format's decoder. Its state is a block of `state_size` bytes that the caller allocates
+// zeroed (the library's stream structure, or a pointer to the library's own state) and frees.
 struct Decoder {
-  // Makes the decoder's state; nullptr when memory runs out.
-  void* (*create)();
+  std::size_t state_size;
+  // Starts the decoder in the zeroed state; false when memory runs out.
+  bool (*start)(void* state);
   // Decodes what `buffers` allow. `input_ended` says that no input follows what `buffers`
   // hold. Sets `reason` ("incorrect data check") when it returns damaged.
   DecodeStep (*step)(void* state, DecodeBuffers& buffers, bool input_ended, std::string& reason);
-  // Frees the state.
-  void (*destroy)(void* state);
+  // Frees what start and step allocated.
+  void (*end)(void* state);
 };
 
 // The decoders of the formats whose library this build has (WITH_ZLIB, WITH_BZIP2, WITH_LZMA,

@@ -1,20 +1,15 @@
 // bzip2 streams through libbz2.
 #include <bzlib.h>
 
-#include <new>
-
 #include "decompress.h"
 
 namespace {
 
-void* create_bzip2() {
-  auto* stream = new (std::nothrow) bz_stream{};
-  if (stream != nullptr && BZ2_bzDecompressInit(stream, 0, 0) != BZ_OK) {
-    delete stream;
-    return nullptr;
-  }
-  return stream;
+bool start_bzip2(void* state) {
+  return BZ2_bzDecompressInit(static_cast<bz_stream*>(state), 0, 0) == BZ_OK;
 }
+
+void end_bzip2(void* state) { BZ2_bzDecompressEnd(static_cast<bz_stream*>(state)); }
 
 DecodeStep step_bzip2(void* state, DecodeBuffers& buffers, bool, std::string& reason) {
   bz_stream& stream = *static_cast<bz_stream*>(state);
@@ -24,39 +19,23 @@ DecodeStep step_bzip2(void* state, DecodeBuffers& buffers, bool, std::string& re
   stream.next_out = buffers.out;
   stream.avail_out = as_uint(buffers.out_left);
   const unsigned in_before = stream.avail_in, out_before = stream.avail_out;
-  const int status = BZ2_bzDecompress(&stream);
+  int status = BZ2_bzDecompress(&stream);
   advance(buffers, in_before - stream.avail_in, out_before - stream.avail_out);
-  switch (status) {
-    case BZ_OK:
-      return DecodeStep::more;
-    case BZ_STREAM_END:
-      // A stream cannot be restarted: the next one gets a decoder of its own.
-      BZ2_bzDecompressEnd(&stream);
-      stream = bz_stream{};
-      if (BZ2_bzDecompressInit(&stream, 0, 0) == BZ_OK) return DecodeStep::stream_end;
-      reason = "out of memory";
-      return DecodeStep::damaged;
-    case BZ_DATA_ERROR:
-      reason = "data integrity (CRC) error";
-      return DecodeStep::damaged;
-    case BZ_DATA_ERROR_MAGIC:
-      reason = "not bzip2 data after the end of a stream";
-      return DecodeStep::damaged;
-    case BZ_MEM_ERROR:
-      reason = "out of memory";
-      return DecodeStep::damaged;
-    default:
-      reason = "invalid data";
-      return DecodeStep::damaged;
+  if (status == BZ_OK) return DecodeStep::more;
+  if (status == BZ_STREAM_END) {
+    // A stream cannot be restarted: the next one gets a decoder of its own.
+    BZ2_bzDecompressEnd(&stream);
+    stream = bz_stream{};
+    status = BZ2_bzDecompressInit(&stream, 0, 0);
+    if (status == BZ_OK) return DecodeStep::stream_end;
   }
-}
-
-void destroy_bzip2(void* state) {
-  auto* stream = static_cast<bz_stream*>(state);
-  BZ2_bzDecompressEnd(stream);
-  delete stream;
+  reason = status == BZ_DATA_ERROR         ? "data integrity (CRC) error"
+           : status == BZ_DATA_ERROR_MAGIC ? "not bzip2 data after the end of a stream"
+           : status == BZ_MEM_ERROR        ? "out of memory"
+                                           : "invalid data";
+  return DecodeStep::damaged;
 }
 
 }  // namespace
 
-const Decoder kBzip2Decoder = {create_bzip2, step_bzip2, destroy_bzip2};
+const Decoder kBzip2Decoder = {sizeof(bz_stream), start_bzip2, step_bzip2, end_bzip2};

@@ -2,21 +2,16 @@
 #define ZLIB_CONST
 #include <zlib.h>
 
-#include <new>
-
 #include "decompress.h"
 
 namespace {
 
-void* create_gzip() {
-  auto* stream = new (std::nothrow) z_stream{};
-  // 16 + the largest window: a gzip header and trailer, and nothing else, around the data.
-  if (stream != nullptr && inflateInit2(stream, 16 + MAX_WBITS) != Z_OK) {
-    delete stream;
-    return nullptr;
-  }
-  return stream;
+// 16 + the largest window: a gzip header and trailer, and nothing else, around the data.
+bool start_gzip(void* state) {
+  return inflateInit2(static_cast<z_stream*>(state), 16 + MAX_WBITS) == Z_OK;
 }
+
+void end_gzip(void* state) { inflateEnd(static_cast<z_stream*>(state)); }
 
 DecodeStep step_gzip(void* state, DecodeBuffers& buffers, bool, std::string& reason) {
   z_stream& stream = *static_cast<z_stream*>(state);
@@ -27,28 +22,18 @@ DecodeStep step_gzip(void* state, DecodeBuffers& buffers, bool, std::string& rea
   const uInt in_before = stream.avail_in, out_before = stream.avail_out;
   const int status = inflate(&stream, Z_NO_FLUSH);
   advance(buffers, in_before - stream.avail_in, out_before - stream.avail_out);
-  switch (status) {
-    case Z_OK:
-    case Z_BUF_ERROR:  // no progress possible: more input is needed
-      return DecodeStep::more;
-    case Z_STREAM_END:
-      inflateReset(&stream);
-      return DecodeStep::stream_end;
-    case Z_MEM_ERROR:
-      reason = "out of memory";
-      return DecodeStep::damaged;
-    default:
-      reason = stream.msg != nullptr ? stream.msg : "invalid data";
-      return DecodeStep::damaged;
+  // Z_BUF_ERROR: no progress possible, more input is needed.
+  if (status == Z_OK || status == Z_BUF_ERROR) return DecodeStep::more;
+  if (status == Z_STREAM_END) {
+    inflateReset(&stream);
+    return DecodeStep::stream_end;
   }
-}
-
-void destroy_gzip(void* state) {
-  auto* stream = static_cast<z_stream*>(state);
-  inflateEnd(stream);
-  delete stream;
+  reason = status == Z_MEM_ERROR   ? "out of memory"
+           : stream.msg != nullptr ? stream.msg
+                                   : "invalid data";
+  return DecodeStep::damaged;
 }
 
 }  // namespace
 
-const Decoder kGzipDecoder = {create_gzip, step_gzip, destroy_gzip};
+const Decoder kGzipDecoder = {sizeof(z_stream), start_gzip, step_gzip, end_gzip};

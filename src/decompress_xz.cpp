@@ -2,22 +2,18 @@
 #include <lzma.h>
 
 #include <cstdint>
-#include <new>
 
 #include "decompress.h"
 
 namespace {
 
-void* create_xz() {
-  auto* stream = new (std::nothrow) lzma_stream;
-  if (stream == nullptr) return nullptr;
-  *stream = LZMA_STREAM_INIT;
-  if (lzma_stream_decoder(stream, UINT64_MAX, LZMA_CONCATENATED) != LZMA_OK) {
-    delete stream;
-    return nullptr;
-  }
-  return stream;
+// A zeroed stream is the library's initial one.
+bool start_xz(void* state) {
+  return lzma_stream_decoder(static_cast<lzma_stream*>(state), UINT64_MAX, LZMA_CONCATENATED) ==
+         LZMA_OK;
 }
+
+void end_xz(void* state) { lzma_end(static_cast<lzma_stream*>(state)); }
 
 const char* xz_reason(lzma_ret status) {
   switch (status) {
@@ -43,24 +39,13 @@ DecodeStep step_xz(void* state, DecodeBuffers& buffers, bool input_ended, std::s
   // Only when told that the input has ended does the decoder check that the last stream is whole.
   const lzma_ret status = lzma_code(&stream, input_ended ? LZMA_FINISH : LZMA_RUN);
   advance(buffers, buffers.in_left - stream.avail_in, buffers.out_left - stream.avail_out);
-  switch (status) {
-    case LZMA_OK:
-    case LZMA_BUF_ERROR:  // no progress possible: the input is cut off or more is needed
-      return DecodeStep::more;
-    case LZMA_STREAM_END:
-      return DecodeStep::stream_end;
-    default:
-      reason = xz_reason(status);
-      return DecodeStep::damaged;
-  }
-}
-
-void destroy_xz(void* state) {
-  auto* stream = static_cast<lzma_stream*>(state);
-  lzma_end(stream);
-  delete stream;
+  // LZMA_BUF_ERROR: no progress possible, the input is cut off or more is needed.
+  if (status == LZMA_OK || status == LZMA_BUF_ERROR) return DecodeStep::more;
+  if (status == LZMA_STREAM_END) return DecodeStep::stream_end;
+  reason = xz_reason(status);
+  return DecodeStep::damaged;
 }
 
 }  // namespace
 
-const Decoder kXzDecoder = {create_xz, step_xz, destroy_xz};
+const Decoder kXzDecoder = {sizeof(lzma_stream), start_xz, step_xz, end_xz};

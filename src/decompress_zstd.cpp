@@ -7,12 +7,17 @@
 
 namespace {
 
-void* create_zstd() { return ZSTD_createDStream(); }
+// The state holds a pointer to the library's own.
+ZSTD_DStream*& stream_of(void* state) { return *static_cast<ZSTD_DStream**>(state); }
+
+bool start_zstd(void* state) { return (stream_of(state) = ZSTD_createDStream()) != nullptr; }
+
+void end_zstd(void* state) { ZSTD_freeDStream(stream_of(state)); }
 
 DecodeStep step_zstd(void* state, DecodeBuffers& buffers, bool, std::string& reason) {
   ZSTD_inBuffer in = {buffers.in, buffers.in_left, 0};
   ZSTD_outBuffer out = {buffers.out, buffers.out_left, 0};
-  const std::size_t status = ZSTD_decompressStream(static_cast<ZSTD_DStream*>(state), &out, &in);
+  const std::size_t status = ZSTD_decompressStream(stream_of(state), &out, &in);
   advance(buffers, in.pos, out.pos);
   if (ZSTD_isError(status)) {
     // The library's sentence, lower-cased to read as the end of ours.
@@ -24,8 +29,6 @@ DecodeStep step_zstd(void* state, DecodeBuffers& buffers, bool, std::string& rea
   return status == 0 ? DecodeStep::stream_end : DecodeStep::more;
 }
 
-void destroy_zstd(void* state) { ZSTD_freeDStream(static_cast<ZSTD_DStream*>(state)); }
-
 }  // namespace
 
-const Decoder kZstdDecoder = {create_zstd, step_zstd, destroy_zstd};
+const Decoder kZstdDecoder = {sizeof(ZSTD_DStream*), start_zstd, step_zstd, end_zstd};
