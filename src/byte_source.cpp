@@ -148,6 +148,8 @@ long read_compressed(ByteSource& source, char* out, std::size_t capacity) {
     } else if (progress) {
       d.between_streams = false;
     } else if (d.input_ended || buffers.in_left > 0) {
+      // Stuck inside a stream: the input ended (a decoder that has input at hand always takes
+      // some, so this is the end too, and never a loop).
       return fail(source, std::string("unexpected end of ") + format + " data");
     }
   }
