@@ -13,6 +13,7 @@ TEST_DIR := $(BUILD_DIR)/test
 DEMO_DIR := $(RELEASE_DIR)/demo
 BENCH_DIR := $(BUILD_DIR)/bench
 BENCH_RUNS ?= 21
+BENCH_COMPRESSED_RUNS ?= 7
 BENCH_MIB ?= 64
 BENCH_COLD_RUNS ?= 5
 BENCH_DATA := $(BENCH_DIR)/data-$(BENCH_MIB)
@@ -35,7 +36,7 @@ $(RELEASE_DIR)/src/get_inter_ener: FORCE
 demo: $(RELEASE_DIR)/src/get_inter_ener
 	rm -rf $(DEMO_DIR)
 	mkdir -p $(DEMO_DIR)
-	cp examples/*.log examples/int_ener_files.dat examples/neighbor.dat $(DEMO_DIR)/
+	cp examples/*.log examples/*.log.gz examples/int_ener_files.dat examples/neighbor.dat $(DEMO_DIR)/
 	cd $(DEMO_DIR) && ../src/check_inter_ener -batch int_ener_files.dat -neighbor
 	cd $(DEMO_DIR) && ../src/get_inter_ener -batch int_ener_files.dat -neighbor
 	@cd $(DEMO_DIR) && for f in uc_U.dat EH*.dat EL*.dat; do echo "==> $(DEMO_DIR)/$$f <=="; cat $$f; done
@@ -72,8 +73,10 @@ fuzz:
 # BENCH_MIB/16 MiB before the end), and thirty of 16 MiB (24 KiB before the end, as in a real
 # single point). The whole job against cat with a warm page cache, through FIFOs, and with a
 # cold page cache (every file evicted before each run), BENCH_RUNS alternating runs each
-# (BENCH_COLD_RUNS cold); the reader's throughput on one file; then the check against the job,
-# page cache warm and cold.
+# (BENCH_COLD_RUNS cold); the reader's throughput on one file; the check against the job, page
+# cache warm and cold; then the job on the three outputs compressed with each format
+# (compressed once and kept) against zcat, bzcat, xzcat and zstdcat in BENCH_COMPRESSED_RUNS
+# alternating runs.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -88,6 +91,8 @@ bench:
 	$(BENCH_DIR)/bench/check_vs_job $(abspath $(BENCH_DIR))/src/get_inter_ener \
 	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_DATA) $(BENCH_RUNS) \
 	  mol_1.log mol_2.log mol_3.log
+	$(BENCH_DIR)/bench/compressed_vs_decompressor $(abspath $(BENCH_DIR))/src/get_inter_ener \
+	  $(BENCH_DATA) $(BENCH_COMPRESSED_RUNS) mol_1.log mol_2.log mol_3.log
 
 # $(call generate_logs,DIR,MIB,SEEDS,TAIL_KIB): DIR/mol_SEED.log of MIB MiB for each seed,
 # unless there; the last energy line TAIL_KIB before the end (empty: MIB/16).

@@ -44,7 +44,8 @@ RunResult run(const std::vector<std::string>& args, int max_status,
     std::fprintf(stderr, "%s failed with status %d\n", args[0].c_str(), status);
     std::exit(1);
   }
-  return {elapsed.count(), usage.ru_maxrss};
+  const auto cpu = [](const timeval& t) { return static_cast<double>(t.tv_sec) + t.tv_usec / 1e6; };
+  return {elapsed.count(), cpu(usage.ru_utime) + cpu(usage.ru_stime), usage.ru_maxrss};
 }
 
 void evict(const std::vector<std::string>& files) {

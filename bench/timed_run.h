@@ -8,7 +8,8 @@
 #include <vector>
 
 struct RunResult {
-  double seconds;
+  double seconds;      // wall-clock time
+  double cpu_seconds;  // user and system time of the process: steadier on a shared machine
   long max_rss_kib;
 };
 

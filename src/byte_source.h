@@ -12,6 +12,21 @@ enum class TextFormat { plain, gzip, bzip2, xz, zstd };
 // The format's name in messages: "plain", "gzip", "bzip2", "xz", "zstd".
 const char* format_name(TextFormat format);
 
+// The format that the first `length` bytes of an input announce. A compressed format is
+// recognised by its whole stream header (gzip: 1f 8b 08 and flags with no reserved bit; bzip2:
+// "BZh", a digit 1-9, then the magic of a block or of the end of an empty stream; xz:
+// fd 37 7a 58 5a 00; zstd: 28 b5 2f fd); anything else, or fewer bytes than the header, is
+// plain, so a text that merely begins with "BZh" or 1f 8b stays text.
+//
+//   "BZh91AY&SY..."  ->  bzip2;   "BZh9 SCF Done"  ->  plain
+TextFormat recognise_format(const unsigned char* head, std::size_t length);
+
+// The library that decodes `format` when this build was configured without it ("zlib",
+// "libbz2", "liblzma", "libzstd"), or nullptr when the build reads the format (plain always).
+//
+//   missing_library(TextFormat::gzip)  ->  nullptr in a build with zlib
+const char* missing_library(TextFormat format);
+
 // One input read forward. Plain bytes come straight from the descriptor; a compressed
 // stream goes through its decoder.
 struct ByteSource {
@@ -23,18 +38,25 @@ struct ByteSource {
   // read with pread and the descriptor still stands at the start, else those handed out or
   // decoded so far.
   std::size_t head_used = 0;
-  void* decoder = nullptr;  // the decompressor's state, if any
+  void* decoder = nullptr;  // the decompressor's state and input buffer, made at the first read
   std::string error;        // why the last read failed
 };
 
-// Reads the first bytes of `fd` and recognises the format: with pread where the descriptor
-// can seek, so that a plain file is then read from its start in whole blocks. Returns false,
-// with `source.error` set, if that read fails.
+// Reads the first bytes of `fd` (up to 16, fewer only at the end of the input) and recognises
+// the format: with pread where the descriptor can seek, so that the descriptor is then read
+// from its start in whole blocks. Returns false, with `source.error` set, if that read fails.
+//
+//   open_byte_source(open("mol.log.gz", O_RDONLY), source)  ->  true, source.format gzip
 bool open_byte_source(int fd, ByteSource& source);
 
-// Reads up to `capacity` bytes of text into `out`. Returns the number of bytes, 0 at the end
-// of the text, or -1 with `source.error` set: the system's reason for a failed read, or what
-// is wrong with a compressed stream ("unexpected end of gzip data").
+// Reads up to `capacity` bytes of text into `out`: the input's bytes, or the text its
+// compressed streams hold, read one after the other as concatenated streams are. Returns the
+// number of bytes, 0 at the end of the text, or -1 with `source.error` set: the system's
+// reason for a failed read, or what is wrong with a compressed stream ("unexpected end of xz
+// data", "gzip data is damaged: incorrect data check"), or the library a format needs when the
+// build has none. After -1 the source is not read again.
+//
+//   read_text(source, block, sizeof block)  ->  65536, then ..., then 0
 long read_text(ByteSource& source, char* out, std::size_t capacity);
 
 // Frees the decoder. The descriptor stays open.

@@ -93,9 +93,12 @@ void keep_ends(const char* p, std::size_t n, const LogScanOptions& options, LogS
   }
 }
 
+// A file that cannot be read whole gives no energy line, whatever was read of it.
 void fail(LogScan& result, const std::string& why) {
   result.status = LogReadStatus::read_failed;
   result.error = why;
+  result.marker_found = false;
+  result.energy_entry.clear();
 }
 
 // Reads the whole text of `source` forward, block by block.

@@ -7,8 +7,9 @@
 // `in/` (the directory before the run; symbolic links are kept), optional `generate` (lines
 // "NAME SIZE CHAR": inputs too large to keep, SIZE bytes of CHAR), optional `stdout_path` (a
 // file or device that takes the tool's standard output instead of the capture), `stdout`,
-// `stderr`, `status` (absent: empty, empty, 0) and `out/` (every file the run creates or
-// changes).
+// `stderr`, `status` (absent: empty, empty, 0), `out/` (every file the run creates or
+// changes) and optional `requires` (the compressed formats its inputs use, one a line: a build
+// without one of them skips the case).
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -134,10 +135,32 @@ std::vector<std::string> recorded_cases() {
   return names;
 }
 
+// The compressed formats this build of the tool reads.
+const std::vector<std::string> kFormatsRead = {
+#ifdef WITH_ZLIB
+    "gzip",
+#endif
+#ifdef WITH_BZIP2
+    "bzip2",
+#endif
+#ifdef WITH_LZMA
+    "xz",
+#endif
+#ifdef WITH_ZSTD
+    "zstd",
+#endif
+};
+
 class RecordedCase : public testing::TestWithParam<std::string> {};
 
 TEST_P(RecordedCase, MatchesRecordedRun) {
   const fs::path dir = fs::path(CLI_CASES_DIR) / GetParam();
+  for (const std::string& format :
+       fs::exists(dir / "requires") ? read_lines(dir / "requires") : std::vector<std::string>{}) {
+    if (std::find(kFormatsRead.begin(), kFormatsRead.end(), format) == kFormatsRead.end()) {
+      GTEST_SKIP() << "its inputs are " << format << " data, which this build does not read";
+    }
+  }
   const auto first_line = [&](const char* name, const char* absent) {
     return fs::exists(dir / name) ? read_lines(dir / name).at(0) : std::string(absent);
   };
