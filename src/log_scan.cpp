@@ -139,26 +139,21 @@ bool read_at(int fd, char* out, std::size_t n, std::uint64_t offset, LogScan& re
   return true;
 }
 
-// The start of a line at or after `low` and before `end`, itself a line start: the first one
-// in the window [low, end), or, when that window lies within one line, the start of that line
-// however far back it is. The newline at end - 1 ends the run and is not looked at.
-bool line_start_before(int fd, std::uint64_t end, std::size_t window, std::vector<char>& buffer,
-                       std::uint64_t& start, LogScan& result) {
-  std::uint64_t high = end - 1;
-  bool first_window = true;
-  while (high > 0) {
-    const std::uint64_t low = high > window ? high - window : 0;
+// The start of the line that holds the byte at `at`: just after the last newline before it,
+// however far back, or 0.
+bool line_start(int fd, std::uint64_t at, std::vector<char>& buffer, std::uint64_t& start,
+                LogScan& result) {
+  for (std::uint64_t high = at; high > 0;) {
+    const std::uint64_t low = high > buffer.size() ? high - buffer.size() : 0;
     const auto n = static_cast<std::size_t>(high - low);
     if (!read_at(fd, buffer.data(), n, low, result)) return false;
-    const void* newline =
-        first_window ? std::memchr(buffer.data(), '\n', n) : memrchr(buffer.data(), '\n', n);
+    const void* newline = memrchr(buffer.data(), '\n', n);
     if (newline != nullptr) {
       start =
           low + static_cast<std::uint64_t>(static_cast<const char*>(newline) - buffer.data()) + 1;
       return true;
     }
     high = low;
-    first_window = false;
   }
   start = 0;
   return true;
@@ -189,14 +184,29 @@ void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions
     return;
   }
   // Runs of whole lines, from the last back: the last run that holds an energy line holds
-  // the file's last one.
+  // the file's last one. A run is the lines that start in a window of the file and end before
+  // the previous run; it is searched where it was read.
   std::vector<char> window(std::min(options.block_bytes, kBackwardWindow));
   ForwardScan scan;
   std::uint64_t end = size;
   while (end > 0 && !result.marker_found) {
+    const std::uint64_t low = end > window.size() ? end - window.size() : 0;
+    const auto n = static_cast<std::size_t>(end - low);
+    if (!read_at(fd, window.data(), n, low, result)) return;
+    // The newline at end - 1 ends the run; the first one before it starts the run's first line.
+    const void* newline = std::memchr(window.data(), '\n', n - 1);
     std::uint64_t begin = 0;
-    if (!line_start_before(fd, end, window.size(), window, begin, result) ||
-        !scan_run(fd, begin, end, options, scan, result)) {
+    if (newline != nullptr || low == 0) {
+      const std::size_t skip =
+          newline != nullptr ? static_cast<const char*>(newline) - window.data() + 1 : 0;
+      begin = low + skip;
+      std::string_view entry;
+      if (find_energy_entry({window.data() + skip, n - skip}, begin == 0, entry)) {
+        result.marker_found = true;
+        result.energy_entry.assign(entry);
+      }
+    } else if (!line_start(fd, low, window, begin, result) ||  // a line longer than the window
+               !scan_run(fd, begin, end, options, scan, result)) {
       return;
     }
     end = begin;
