@@ -1,6 +1,7 @@
 #!/bin/sh
 # Runs the many-crystals workflow on a generated campaign with two cores and compares its
-# table with the one the generator computed from the energies it wrote, byte for byte.
+# table with the one the generator computed from the energies it wrote, byte for byte; then
+# again with a check program that is missing.
 #   many_crystals.sh WORKFLOW_DIR CHECK_PROGRAM JOB_PROGRAM
 # Status 77 (skipped) when snakemake is not installed.
 set -eu
@@ -19,3 +20,13 @@ snakemake --snakefile "$workflow/Snakefile" --cores 2 --quiet \
   { cat snakemake.log; exit 1; }
 diff expected.csv results/crystals.csv
 echo "the workflow's table of 60 crystals equals the expected one"
+
+# A check program that cannot be started: every crystal keeps its row, skipped, and the
+# workflow still succeeds.
+snakemake --snakefile "$workflow/Snakefile" --cores 2 --quiet \
+  --config check_inter_ener="$dir/absent" get_inter_ener="$job" results=absent >>snakemake.log 2>&1 ||
+  { cat snakemake.log; exit 1; }
+skipped=$(grep -c ",127,,skipped,no report from check_inter_ener (status 127): .*absent" \
+  absent/crystals.csv) || true
+[ "$skipped" = 60 ] || { echo "$skipped of 60 rows skipped without a check:"; cat absent/crystals.csv; exit 1; }
+echo "without a check program, all 60 crystals are skipped and the workflow succeeds"

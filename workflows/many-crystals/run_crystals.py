@@ -5,11 +5,11 @@
                     CRYSTAL...
 
 In each directory ROOT/CRYSTAL: `check_inter_ener -batch int_ener_files.dat -neighbor -json`,
-its report kept as DIR/CRYSTAL.json; when the report says the run would succeed,
-`get_inter_ener -batch int_ener_files.dat -neighbor`, its output kept as DIR/CRYSTAL.run.txt;
-then the crystal's row. A crystal that cannot be checked or run gets a row that says why: this
-script itself ends with status 0 whatever the crystals hold, so one crystal never stops the
-campaign.
+its report kept as DIR/CRYSTAL.json (its standard error, if any, as DIR/CRYSTAL.check-errors.txt);
+when the report says the run would succeed, `get_inter_ener -batch int_ener_files.dat -neighbor`,
+its standard output and error kept as DIR/CRYSTAL.run.txt; then the crystal's row. A crystal
+that cannot be checked or run gets a row that says why: this script itself ends with status 0
+whatever the crystals hold, so one crystal never stops the campaign.
 """
 import argparse
 import json
@@ -23,15 +23,27 @@ import campaign_table  # noqa: E402
 RUN_ARGS = ["-batch", "int_ener_files.dat", "-neighbor"]
 
 
-def run(program, args, directory):
-    """Runs `program` in `directory`: (status, standard output, standard error); a program
-    that cannot be started gives status 127 and the reason as its error text."""
-    try:
-        done = subprocess.run([program] + args, cwd=directory, capture_output=True, text=True,
-                              errors="replace")
-        return done.returncode, done.stdout, done.stderr
-    except OSError as error:
-        return 127, "", str(error)
+def run(program, args, directory, out_path, err_path):
+    """Runs `program` in `directory`, its standard output and error written straight to the
+    files `out_path` and `err_path` (they may be the same); returns its exit status. A program
+    that cannot be started gives 127 and the reason in `err_path`."""
+    with open(out_path, "w") as out:
+        try:
+            if err_path == out_path:
+                return subprocess.run([program] + args, cwd=directory, stdout=out,
+                                      stderr=subprocess.STDOUT).returncode
+            with open(err_path, "w") as err:
+                return subprocess.run([program] + args, cwd=directory, stdout=out,
+                                      stderr=err).returncode
+        except OSError as error:
+            with open(err_path, "a") as err:
+                err.write("%s\n" % error)
+            return 127
+
+
+def read_text(path):
+    with open(path, errors="replace") as source:
+        return source.read()
 
 
 def table_values(path):
@@ -49,13 +61,10 @@ def site_values(directory, prefix, sites):
     return values
 
 
-def last_line(*texts):
-    """The last non-blank line of the first text that has one."""
-    for text in texts:
-        lines = [line.strip() for line in text.splitlines() if line.strip()]
-        if lines:
-            return lines[-1]
-    return ""
+def last_line(text):
+    """The last non-blank line of `text`, without its surrounding blanks."""
+    lines = [line.strip() for line in text.splitlines() if line.strip()]
+    return lines[-1] if lines else ""
 
 
 def unique(codes):
@@ -68,11 +77,13 @@ def crystal_row(root, reports, check, job, crystal):
     directory = os.path.join(root, crystal)
     row = dict.fromkeys(campaign_table.COLUMNS, "")
     row["crystal"] = crystal
-    status, out, err = run(check, RUN_ARGS + ["-json"], directory)
-    with open(os.path.join(reports, crystal + ".json"), "w") as kept:
-        kept.write(out)
+    report_path = os.path.join(reports, crystal + ".json")
+    errors_path = os.path.join(reports, crystal + ".check-errors.txt")
+    status = run(check, RUN_ARGS + ["-json"], directory, report_path, errors_path)
+    if os.path.getsize(errors_path) == 0:
+        os.remove(errors_path)
     try:
-        report = json.loads(out)
+        report = json.loads(read_text(report_path))
         findings = report["findings"]
         sites = len({r["site"] for r in report["rows"]})
         would_succeed = report["would_succeed"]
@@ -81,18 +92,17 @@ def crystal_row(root, reports, check, job, crystal):
     except (ValueError, KeyError, TypeError):
         row.update(check_status=status, outcome="skipped",
                    reason="no report from check_inter_ener (status %d): %s"
-                   % (status, last_line(err, out)))
+                   % (status, last_line(read_text(errors_path)) if os.path.exists(errors_path) else ""))
         return row
     if not would_succeed:
         stops = unique(f["code"] for f in findings if f["severity"] == "stop")
         row.update(outcome="skipped", reason="stopped by " + " ".join(stops))
         return row
-    status, out, err = run(job, RUN_ARGS, directory)
-    with open(os.path.join(reports, crystal + ".run.txt"), "w") as kept:
-        kept.write(out + err)
+    output_path = os.path.join(reports, crystal + ".run.txt")
+    status = run(job, RUN_ARGS, directory, output_path, output_path)
     if status != 0:
         row.update(outcome="failed",
-                   reason="get_inter_ener status %d: %s" % (status, last_line(err, out)))
+                   reason="get_inter_ener status %d: %s" % (status, last_line(read_text(output_path))))
         return row
     try:
         with open(os.path.join(directory, "uc_U.dat")) as energies:
