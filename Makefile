@@ -73,7 +73,8 @@ fuzz:
 # single point). The whole job against cat with a warm page cache, through FIFOs, and with a
 # cold page cache (every file evicted before each run), BENCH_RUNS alternating runs each
 # (BENCH_COLD_RUNS cold); the reader's throughput on one file; then the check against the job,
-# page cache warm and cold.
+# page cache warm and cold. Last, the many-crystals workflow against a plain shell loop on a
+# generated campaign of 1000 small crystals (build/bench/campaign-1000, kept), warm cache.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -88,6 +89,7 @@ bench:
 	$(BENCH_DIR)/bench/check_vs_job $(abspath $(BENCH_DIR))/src/get_inter_ener \
 	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_DATA) $(BENCH_RUNS) \
 	  mol_1.log mol_2.log mol_3.log
+	bench/many_crystals.sh $(BENCH_DIR)/src $(BENCH_DIR) 1000 3 100 10 1
 
 # $(call generate_logs,DIR,MIB,SEEDS,TAIL_KIB): DIR/mol_SEED.log of MIB MiB for each seed,
 # unless there; the last energy line TAIL_KIB before the end (empty: MIB/16).
