@@ -25,23 +25,21 @@ RUN_ARGS = ["-batch", "int_ener_files.dat", "-neighbor"]
 
 def run(program, args, directory, out_path, err_path):
     """Runs `program` in `directory`, its standard output and error written straight to the
-    files `out_path` and `err_path` (they may be the same); returns its exit status. A program
-    that cannot be started gives 127 and the reason in `err_path`."""
-    with open(out_path, "w") as out:
+    files `out_path` and `err_path` (they may be the same); returns its exit status as a shell
+    gives it (128 + the signal for a program killed by one). A program that cannot be started
+    gives 127 and the reason in `err_path`."""
+    with open(out_path, "w") as out, open(err_path, "a" if err_path == out_path else "w") as err:
         try:
-            if err_path == out_path:
-                return subprocess.run([program] + args, cwd=directory, stdout=out,
-                                      stderr=subprocess.STDOUT).returncode
-            with open(err_path, "w") as err:
-                return subprocess.run([program] + args, cwd=directory, stdout=out,
-                                      stderr=err).returncode
+            status = subprocess.run([program] + args, cwd=directory, stdout=out,
+                                    stderr=err).returncode
         except OSError as error:
-            with open(err_path, "a") as err:
-                err.write("%s\n" % error)
+            err.write("%s\n" % error)
             return 127
+    return 128 - status if status < 0 else status
 
 
 def read_text(path):
+    """The text of the file `path`, undecodable bytes replaced."""
     with open(path, errors="replace") as source:
         return source.read()
 
@@ -72,49 +70,61 @@ def unique(codes):
     return list(dict.fromkeys(codes))
 
 
-def crystal_row(root, reports, check, job, crystal):
-    """Checks and, when the check allows, runs one crystal; returns its row."""
-    directory = os.path.join(root, crystal)
-    row = dict.fromkeys(campaign_table.COLUMNS, "")
-    row["crystal"] = crystal
+def check_crystal(row, reports, check, directory):
+    """Runs the check in `directory`, keeps its report and fills the row's check columns;
+    returns whether the run would succeed (False when the check gave no report)."""
+    crystal = row["crystal"]
     report_path = os.path.join(reports, crystal + ".json")
     errors_path = os.path.join(reports, crystal + ".check-errors.txt")
     status = run(check, RUN_ARGS + ["-json"], directory, report_path, errors_path)
-    if os.path.getsize(errors_path) == 0:
+    errors = read_text(errors_path)
+    if not errors:
         os.remove(errors_path)
     try:
         report = json.loads(read_text(report_path))
         findings = report["findings"]
-        sites = len({r["site"] for r in report["rows"]})
-        would_succeed = report["would_succeed"]
-        row.update(sites=sites, check_status=report["status"],
+        row.update(sites=len({r["site"] for r in report["rows"]}), check_status=report["status"],
                    finding_codes=" ".join(unique(f["code"] for f in findings)))
+        if report["would_succeed"]:
+            return True
+        stops = unique(f["code"] for f in findings if f["severity"] == "stop")
+        row.update(outcome="skipped", reason="stopped by " + " ".join(stops))
     except (ValueError, KeyError, TypeError):
         row.update(check_status=status, outcome="skipped",
                    reason="no report from check_inter_ener (status %d): %s"
-                   % (status, last_line(read_text(errors_path)) if os.path.exists(errors_path) else ""))
-        return row
-    if not would_succeed:
-        stops = unique(f["code"] for f in findings if f["severity"] == "stop")
-        row.update(outcome="skipped", reason="stopped by " + " ".join(stops))
-        return row
-    output_path = os.path.join(reports, crystal + ".run.txt")
+                   % (status, last_line(errors)))
+    return False
+
+
+def run_crystal(row, reports, job, directory):
+    """Runs the job in `directory`, keeps its output and fills the row's outcome and
+    statistics from the tables it wrote."""
+    output_path = os.path.join(reports, row["crystal"] + ".run.txt")
     status = run(job, RUN_ARGS, directory, output_path, output_path)
     if status != 0:
-        row.update(outcome="failed",
-                   reason="get_inter_ener status %d: %s" % (status, last_line(read_text(output_path))))
-        return row
-    try:
-        with open(os.path.join(directory, "uc_U.dat")) as energies:
-            sites = int(energies.readline())
-        for prefix, name in (("EH", "holes"), ("EL", "electrons")):
-            stats = campaign_table.pair_statistics(site_values(directory, prefix, sites))
-            for key, value in zip(("pairs", "mean_meV", "sd_meV", "min_meV", "max_meV"), stats):
-                row["%s_%s" % (name, key)] = value
-    except (OSError, ValueError, ArithmeticError) as error:
-        row.update(outcome="failed", reason="tables unreadable: %s" % error)
-        return row
+        row.update(outcome="failed", reason="get_inter_ener status %d: %s"
+                   % (status, last_line(read_text(output_path))))
+        return
+    with open(os.path.join(directory, "uc_U.dat")) as energies:
+        sites = int(energies.readline())
+    for prefix, name in (("EH", "holes"), ("EL", "electrons")):
+        stats = campaign_table.pair_statistics(site_values(directory, prefix, sites))
+        for key, value in zip(("pairs", "mean_meV", "sd_meV", "min_meV", "max_meV"), stats):
+            row["%s_%s" % (name, key)] = value
     row["outcome"] = "ran"
+
+
+def crystal_row(root, reports, check, job, crystal):
+    """Checks and, when the check allows, runs one crystal; returns its row. Whatever goes
+    wrong with the crystal (unreadable tables, a directory that vanished) is said in the row."""
+    row = dict.fromkeys(campaign_table.COLUMNS, "")
+    row["crystal"] = crystal
+    directory = os.path.join(root, crystal)
+    try:
+        if check_crystal(row, reports, check, directory):
+            run_crystal(row, reports, job, directory)
+    except (OSError, ValueError, IndexError, ArithmeticError) as error:
+        row.update(outcome="failed", reason="%s: %s" % (type(error).__name__, error))
     return row
 
 
