@@ -74,9 +74,10 @@ fuzz:
 # single point). The whole job against cat with a warm page cache, through FIFOs, and with a
 # cold page cache (every file evicted before each run), BENCH_RUNS alternating runs each
 # (BENCH_COLD_RUNS cold); the reader's throughput on one file; the check against the job, page
-# cache warm and cold; then the job on the three outputs compressed with each format
-# (compressed once and kept) against zcat, bzcat, xzcat and zstdcat in BENCH_COMPRESSED_RUNS
-# alternating runs.
+# cache warm and cold; the job on the three outputs compressed with each format (compressed
+# once and kept) against zcat, bzcat, xzcat and zstdcat in BENCH_COMPRESSED_RUNS alternating
+# runs. Last, the many-crystals workflow against a plain shell loop on a generated campaign of
+# 1000 small crystals (build/bench/campaign-1000, kept), warm cache.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -93,6 +94,7 @@ bench:
 	  mol_1.log mol_2.log mol_3.log
 	$(BENCH_DIR)/bench/compressed_vs_decompressor $(abspath $(BENCH_DIR))/src/get_inter_ener \
 	  $(BENCH_DATA) $(BENCH_COMPRESSED_RUNS) mol_1.log mol_2.log mol_3.log
+	bench/many_crystals.sh $(BENCH_DIR)/src $(BENCH_DIR) 1000 3 100 10 1
 
 # $(call generate_logs,DIR,MIB,SEEDS,TAIL_KIB): DIR/mol_SEED.log of MIB MiB for each seed,
 # unless there; the last energy line TAIL_KIB before the end (empty: MIB/16).
