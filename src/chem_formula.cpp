@@ -39,7 +39,8 @@ std::string hill_formula(const std::vector<std::string>& symbols) {
   for (const std::string& symbol : symbols) ++counts[canonical_symbol(symbol)];
   std::string formula;
   const auto append = [&](const std::string& symbol) {
-    formula += symbol + std::to_string(counts[symbol]);
+    formula += symbol;
+    if (counts[symbol] > 1) formula += std::to_string(counts[symbol]);
     counts.erase(symbol);
   };
   if (counts.count("C") != 0) {
