@@ -35,7 +35,7 @@ struct LogScanOptions {
   std::size_t tail_bytes = 0;  // keep the text's last tail_bytes bytes
   // Bytes asked of the file by each read, a power of two of at least 2 KiB; the tests make
   // it small to put block boundaries everywhere.
-  std::size_t block_bytes = 128 * 1024;
+  std::size_t block_bytes = 512 * 1024;
 };
 
 enum class LogReadStatus {

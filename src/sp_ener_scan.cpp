@@ -4,49 +4,13 @@
 #include <cstring>
 #include <vector>
 
+#include "byte_loops.h"
 #include "log_reader.h"
 #include "mmutil/text.h"
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace {
 
 constexpr std::size_t npos = std::string_view::npos;
-
-// Start of the last occurrence of `marker` (not empty) that lies wholly in the first `limit`
-// bytes of `text`, or npos. Sixteen candidate starts are tested at once, by the marker's first
-// and last characters, where the processor allows it.
-std::size_t rfind_before(std::string_view text, std::string_view marker, std::size_t limit) {
-  const std::size_t k = marker.size();
-  if (limit < k) return npos;
-  const char* const p = text.data();
-  std::size_t starts = limit - k + 1;  // candidate starts are 0 .. starts - 1
-#ifdef __SSE2__
-  const __m128i first = _mm_set1_epi8(marker.front());
-  const __m128i last = _mm_set1_epi8(marker.back());
-  while (starts >= 16) {
-    const std::size_t b = starts - 16;
-    const __m128i heads = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + b));
-    const __m128i tails = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + b + k - 1));
-    auto mask = static_cast<unsigned>(_mm_movemask_epi8(
-        _mm_and_si128(_mm_cmpeq_epi8(heads, first), _mm_cmpeq_epi8(tails, last))));
-    while (mask != 0) {
-      const unsigned bit = 31u - static_cast<unsigned>(__builtin_clz(mask));
-      if (std::memcmp(p + b + bit, marker.data(), k) == 0) return b + bit;
-      mask &= ~(1u << bit);
-    }
-    starts = b;
-  }
-#endif
-  while (starts-- > 0) {
-    if (p[starts] == marker.front() && std::memcmp(p + starts, marker.data(), k) == 0) {
-      return starts;
-    }
-  }
-  return npos;
-}
 
 // Start of the physical line that holds position `at`.
 std::size_t line_start(std::string_view text, std::size_t at) {
@@ -98,7 +62,7 @@ bool find_energy_entry(std::string_view text, bool starts_file, std::string_view
   std::size_t limit = text.size();
   std::size_t line_begin = npos;  // start of the line of the previous occurrence
   for (;;) {
-    const std::size_t at = rfind_before(text, marker, limit);
+    const std::size_t at = rfind_marker(text, marker, limit);
     if (at == npos) break;
     // An earlier occurrence on the same line shares its start: each line is looked up once.
     if (line_begin == npos || at < line_begin) line_begin = line_start(text, at);

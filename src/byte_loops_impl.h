@@ -1,13 +1,14 @@
-// The entry count loop, compiled once for every processor and once more, where the processor
-// has it, with its wider vector instructions (entry_count_avx2.cpp). Its routines have
-// internal linkage, so the two compilations never mix.
+// The loops that look at every byte of a text: the entry count and the backward search for
+// the marker. Compiled once for every processor (byte_loops.cpp) and once more with AVX2
+// (byte_loops_avx2.cpp), which runs where the processor has it. The routines have internal
+// linkage, so the two compilations never mix.
 //
 // The count is the number of newlines, one more for a last line without one, and the extra
 // pieces of lines of 1024 characters or more. Newlines are counted 512 bytes at a time; a line
 // that long holds 512 bytes without a newline wherever it lies, so only where a 512-byte chunk
 // has none is the line measured.
-#ifndef GET_INTER_ENER_ENTRY_COUNT_LOOP_H
-#define GET_INTER_ENER_ENTRY_COUNT_LOOP_H
+#ifndef GET_INTER_ENER_BYTE_LOOPS_IMPL_H
+#define GET_INTER_ENER_BYTE_LOOPS_IMPL_H
 
 #include <cstdint>
 #include <cstring>
@@ -88,6 +89,51 @@ inline std::size_t count_entries_loop(std::string_view text) {
   return entries;
 }
 
+// Start of the last occurrence of `marker` (not empty) that lies wholly in the first `limit`
+// bytes of `text`, or npos. Candidate starts are tested a vector at a time by the marker's
+// first and last characters, then compared whole.
+inline std::size_t rfind_before_loop(std::string_view text, std::string_view marker,
+                                     std::size_t limit) {
+  const std::size_t k = marker.size();
+  if (limit < k) return std::string_view::npos;
+  const char* const p = text.data();
+  std::size_t starts = limit - k + 1;  // candidate starts are 0 .. starts - 1
+#if defined(__AVX2__)
+  const __m256i first = _mm256_set1_epi8(marker.front());
+  const __m256i last = _mm256_set1_epi8(marker.back());
+  while (starts >= 32) {
+    const std::size_t b = starts - 32;
+    const __m256i heads = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + b));
+    const __m256i tails = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + b + k - 1));
+    auto mask = static_cast<std::uint32_t>(_mm256_movemask_epi8(
+        _mm256_and_si256(_mm256_cmpeq_epi8(heads, first), _mm256_cmpeq_epi8(tails, last))));
+#elif defined(__SSE2__)
+  const __m128i first = _mm_set1_epi8(marker.front());
+  const __m128i last = _mm_set1_epi8(marker.back());
+  while (starts >= 16) {
+    const std::size_t b = starts - 16;
+    const __m128i heads = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + b));
+    const __m128i tails = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + b + k - 1));
+    auto mask = static_cast<std::uint32_t>(_mm_movemask_epi8(
+        _mm_and_si128(_mm_cmpeq_epi8(heads, first), _mm_cmpeq_epi8(tails, last))));
+#endif
+#if defined(__AVX2__) || defined(__SSE2__)
+    while (mask != 0) {
+      const unsigned bit = 31u - static_cast<unsigned>(__builtin_clz(mask));
+      if (std::memcmp(p + b + bit, marker.data(), k) == 0) return b + bit;
+      mask &= ~(std::uint32_t{1} << bit);
+    }
+    starts = b;
+  }
+#endif
+  while (starts-- > 0) {
+    if (p[starts] == marker.front() && std::memcmp(p + starts, marker.data(), k) == 0) {
+      return starts;
+    }
+  }
+  return std::string_view::npos;
+}
+
 }  // namespace
 
-#endif  // GET_INTER_ENER_ENTRY_COUNT_LOOP_H
+#endif  // GET_INTER_ENER_BYTE_LOOPS_IMPL_H
