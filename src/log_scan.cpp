@@ -1,6 +1,6 @@
 // Reading one output file in bounded memory: a plain regular file from its end backwards,
-// everything else forward in blocks. Both feed runs of the text, in order, to one forward
-// scanner that knows where entries begin, so the entry rules live in one place.
+// everything else forward in blocks. Both hand runs of whole entries to one search
+// (find_energy_entry), so the entry rules live in one place.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
