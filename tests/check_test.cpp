@@ -2,6 +2,7 @@
 // archive entry, formulas, the findings over hand-built rows, the JSON text, and (when they are
 // beside the project) the real engine outputs.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <sstream>
@@ -121,7 +122,8 @@ TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
       {"x\n" + scf + pad + std::string(kTailBytes, '\n') + scf + scf, -1,
        3},  // ends only: 1 + 2 seen
   };
-  const std::string name = testing::TempDir() + "check_test_row.log";
+  const std::string name =
+      testing::TempDir() + "check_test_row." + std::to_string(getpid()) + ".log";
   for (const auto& c : cases) {
     std::ofstream(name, std::ios::binary) << c.text;
     FileRow row;

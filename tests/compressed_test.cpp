@@ -122,7 +122,9 @@ std::string compress(TextFormat format, const std::vector<std::string>& pieces) 
 // A file of this test's own, since ctest runs tests side by side.
 std::string write_temp(const std::string& bytes, const std::string& suffix) {
   const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-  std::string id = std::string(test.test_suite_name()) + "." + test.name() + suffix;
+  // The process id too: another build may run the same test at the same time.
+  std::string id = std::string(test.test_suite_name()) + "." + test.name() + "." +
+                   std::to_string(getpid()) + suffix;
   std::replace(id.begin(), id.end(), '/', '_');  // the format in a parameterised test's name
   const std::string path = testing::TempDir() + id;
   std::ofstream(path, std::ios::binary) << bytes;

@@ -2,6 +2,7 @@
 #include "mmutil/text.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <functional>
@@ -79,7 +80,8 @@ TEST(CStringEdits, KeepTheirOwnBlanksAndLimits) {
 }
 
 TEST(CountLines, CountsLineFeedsAndCarriageReturns) {
-  const std::string path = testing::TempDir() + "mmutil_count_lines.txt";
+  const std::string path =
+      testing::TempDir() + "mmutil_count_lines." + std::to_string(getpid()) + ".txt";
   for (const auto& [bytes, expected] : {std::pair{"a\r\nb\r\nc\r\n", 6}, {"a\nb", 1}, {"", 0}}) {
     std::FILE* file = std::fopen(path.c_str(), "wb");
     std::fputs(bytes, file);
