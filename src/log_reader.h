@@ -33,8 +33,8 @@ struct LogScanOptions {
   bool count_entries = false;  // count every entry (reads the whole text)
   std::size_t head_bytes = 0;  // keep the text's first head_bytes bytes
   std::size_t tail_bytes = 0;  // keep the text's last tail_bytes bytes
-  // Bytes asked of the file by each read, a power of two of at least 2 KiB; the tests make
-  // it small to put block boundaries everywhere.
+  // Bytes asked of the file by each forward read (any size from 1; the backward reading uses
+  // at most 64 KiB of it); the tests make it small to put block boundaries everywhere.
   std::size_t block_bytes = 512 * 1024;
 };
 
