@@ -44,4 +44,25 @@ inline SpEnerResult reference_scan(const std::vector<std::string>& entries) {
   return {SpEnerStatus::marker_not_found, {}, 0.0};
 }
 
+// Texts at the store's limits: an empty line, a last line without newline, a marker on the
+// first line only, carriage returns, NULs, lines of 1023, 1024 and 1500 characters, a marker
+// cut by the 1023-character limit or right after it, and an energy line too short.
+inline std::vector<std::string> edge_texts() {
+  using namespace std::string_literals;
+  const std::string energy = " SCF Done:  E(X) =  -2.5  A.U.", x1023(1023, 'x');
+  return {"",
+          "a\n\nb",
+          energy + "\n",
+          "head\r\n" + energy + "\r\ntail\r\n",
+          "a\n" + energy + "\0 SCF Done: E =  -1 \n"s + "b\0c\n"s,
+          "a\n\0"s + energy + "\n",
+          std::string(1500, 'x') + "\n",
+          x1023 + "\n" + energy + "\n",
+          x1023 + "x\n" + energy + "\n",
+          x1023 + x1023,
+          "a\n" + std::string(1020, 'x') + energy + "\n" + energy,
+          x1023 + energy + "\n",
+          "a\n SCF Done: E = \n"};
+}
+
 #endif  // GET_INTER_ENER_REFERENCE_LINE_READER_H
