@@ -2,7 +2,6 @@
 // show cheaply: SCF counts of files too large to keep, the archive entry cut short, formulas
 // and JSON texts at their limits, and (when they are beside the project) the real outputs.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <sstream>
@@ -11,6 +10,7 @@
 #include "chem_formula.h"
 #include "crystal_findings.h"
 #include "log_summary.h"
+#include "test_files.h"
 
 namespace {
 
@@ -34,8 +34,7 @@ TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
       {"x\n" + scf + pad + std::string(kTailBytes, '\n') + scf + scf, -1,
        3},  // ends only: 1 + 2 seen
   };
-  const std::string name =
-      testing::TempDir() + "check_test_row." + std::to_string(getpid()) + ".log";
+  const std::string name = test_file_path(".log");
   for (const auto& c : cases) {
     std::ofstream(name, std::ios::binary) << c.text;
     FileRow row;

@@ -2,18 +2,14 @@
 // plain text gives, whatever the block and stream boundaries; damaged and cut-off streams fail
 // with a reason; texts that only resemble a compressed header stay plain. The texts are
 // compressed here with the formats' libraries; a format whose library this build lacks skips.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 
 #include "byte_source.h"
 #include "log_reader.h"
 #include "reference_line_reader.h"
+#include "test_files.h"
 
 #ifdef WITH_ZLIB
 #include <zlib.h>
@@ -83,26 +79,8 @@ std::string compress(TextFormat format, const std::string& text) {
   return packed;
 }
 
-// A file of this test's own, since ctest runs tests side by side.
-std::string write_temp(const std::string& bytes, const std::string& suffix) {
-  const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-  // The process id too: another build may run the same test at the same time.
-  std::string id = std::string(test.test_suite_name()) + "." + test.name() + "." +
-                   std::to_string(getpid()) + suffix;
-  std::replace(id.begin(), id.end(), '/', '_');  // the format in a parameterised test's name
-  const std::string path = testing::TempDir() + id;
-  std::ofstream(path, std::ios::binary) << bytes;
-  return path;
-}
-
 LogScan scan_file(const std::string& path) {
-  LogScanOptions options;
-  options.count_entries = true;
-  options.head_bytes = 40;
-  options.tail_bytes = 40;
-  LogScan scan;
-  scan_log_file(path.c_str(), options, scan);
-  return scan;
+  return scan_path(path, true, LogScanOptions{}.block_bytes, 40);
 }
 
 // What the reader takes from `bytes` written plainly, checked against the line reader.
@@ -217,29 +195,11 @@ TEST_P(CompressedLog, DamagedOrCutOffStreamFails) {
   }
 }
 
-// A pipe has no length and may deliver the header a few bytes at a time.
 TEST_P(CompressedLog, ReadsAFifo) {
   const std::string text = compressed_texts().back();
-  const std::string packed = compress(GetParam(), text);
-  const std::string path = write_temp("", ".fifo");
-  unlink(path.c_str());
-  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  const pid_t writer = fork();
-  if (writer == 0) {
-    const int fd = open(path.c_str(), O_WRONLY);
-    bool written = fd >= 0;
-    for (std::size_t at = 0; written && at < packed.size(); at += 7) {
-      written = write(fd, packed.data() + at, std::min<std::size_t>(7, packed.size() - at)) > 0;
-    }
-    _exit(written && close(fd) == 0 ? 0 : 1);
-  }
-  const LogScan scan = scan_file(path);
-  int status = -1;
-  waitpid(writer, &status, 0);
-  EXPECT_EQ(status, 0);
+  const LogScan scan = scan_through_fifo(compress(GetParam(), text), 7, 40);
   EXPECT_EQ(scan.format, GetParam());
   expect_same_scan(scan, plain_scan(text));
-  unlink(path.c_str());
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, CompressedLog,

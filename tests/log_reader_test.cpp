@@ -6,17 +6,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
-#include <cstring>
 #include <fstream>
 #include <random>
 #include <sstream>
 
 #include "reference_line_reader.h"
+#include "test_files.h"
 
 namespace {
 
@@ -26,28 +23,6 @@ int count_open_descriptors() {
   int open = 0;
   for (int fd = 0; fd < 1024; ++fd) open += fcntl(fd, F_GETFD) != -1;
   return open;
-}
-
-// Writes `bytes` to a file of this test's own, since ctest runs tests side by side (and other
-// builds may run the same test at the same time).
-std::string write_temp(const std::string& bytes) {
-  const std::string path = testing::TempDir() +
-                           testing::UnitTest::GetInstance()->current_test_info()->name() + "." +
-                           std::to_string(getpid()) + ".log";
-  std::ofstream(path, std::ios::binary) << bytes;
-  return path;
-}
-
-// Reads `path` with blocks of `block` bytes: backward, or forward when `count` is set.
-LogScan scan_path(const std::string& path, bool count, std::size_t block, std::size_t ends = 0) {
-  LogScanOptions options;
-  options.count_entries = count;
-  options.block_bytes = block;
-  options.head_bytes = ends;
-  options.tail_bytes = ends;
-  LogScan scan;
-  scan_log_file(path.c_str(), options, scan);
-  return scan;
 }
 
 // Compares the count and the search with the reference line reader on `bytes`: in memory,
@@ -128,25 +103,9 @@ TEST(LineStore, AgreesWithALineReaderOnRandomTexts) {
 TEST(LineStore, ReadsAPipeWhole) {
   std::string bytes = "head\n SCF Done:  E(X) =  -7.25  A.U.\n";
   for (int i = 0; i < 20000; ++i) bytes += "tail line " + std::to_string(i) + "\n";
-  const std::string path = write_temp("") + ".fifo";
-  unlink(path.c_str());
-  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  const pid_t writer = fork();
-  if (writer == 0) {
-    std::FILE* fifo = std::fopen(path.c_str(), "w");
-    std::fwrite(bytes.data(), 1, bytes.size(), fifo);
-    _exit(std::fclose(fifo) == 0 ? 0 : 1);
-  }
-  LogScan scan;
-  LogScanOptions options;
-  options.count_entries = true;
-  scan_log_file(path.c_str(), options, scan);
-  int status = 0;
-  waitpid(writer, &status, 0);
-  EXPECT_EQ(status, 0);
+  const LogScan scan = scan_through_fifo(bytes, 4096, 0);
   EXPECT_EQ(scan.entry_count, 20002u);
   EXPECT_EQ(sp_ener_from_line(scan.energy_entry).hartree, -7.25);
-  unlink(path.c_str());
 }
 
 // A file cut short by another process after it was opened: the backward reading meets the
@@ -197,7 +156,7 @@ TEST(SpEnergy, RealEngineOutputs) {
     }
     EXPECT_EQ(energy, cells.at(9)) << file;  // the energy as %.15g, or NONE
     for (const bool forward : {false, true}) {
-      const LogScan scan = scan_path(dir + "/" + file, forward, 128 * 1024);
+      const LogScan scan = scan_path(dir + "/" + file, forward, 128 * 1024, 0);
       EXPECT_EQ(scan.energy_entry, result.line) << file;
       EXPECT_EQ(scan.entry_count, forward ? std::stoul(cells.at(5)) : 0u) << file;
     }

@@ -1,0 +1,72 @@
+// Files and FIFOs of a test's own, and the reader run over them. ctest runs tests side by
+// side and another build may run the same test at the same time, so every name carries the
+// test's name and the process id.
+#ifndef GET_INTER_ENER_TEST_FILES_H
+#define GET_INTER_ENER_TEST_FILES_H
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+
+#include "log_reader.h"
+
+// A path in the temporary directory named after the running test, ending in `suffix`.
+inline std::string test_file_path(const std::string& suffix) {
+  const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+  std::string id = std::string(test.test_suite_name()) + "." + test.name() + "." +
+                   std::to_string(getpid()) + suffix;
+  std::replace(id.begin(), id.end(), '/', '_');  // the parameter in a parameterised test's name
+  return testing::TempDir() + id;
+}
+
+inline std::string write_temp(const std::string& bytes, const std::string& suffix = ".log") {
+  const std::string path = test_file_path(suffix);
+  std::ofstream(path, std::ios::binary) << bytes;
+  return path;
+}
+
+// Reads `path`: forward, counting entries, when `count` is set, else backward from the end;
+// with blocks of `block` bytes, keeping `ends` bytes of head and tail.
+inline LogScan scan_path(const std::string& path, bool count, std::size_t block, std::size_t ends) {
+  LogScanOptions options;
+  options.count_entries = count;
+  options.block_bytes = block;
+  options.head_bytes = options.tail_bytes = ends;
+  LogScan scan;
+  scan_log_file(path.c_str(), options, scan);
+  return scan;
+}
+
+// Reads `bytes` through a FIFO that a child process fills `chunk` bytes at a time: a pipe has
+// no length, and may deliver even a format header a few bytes at a time.
+inline LogScan scan_through_fifo(const std::string& bytes, std::size_t chunk, std::size_t ends) {
+  const std::string path = test_file_path(".fifo");
+  unlink(path.c_str());
+  if (mkfifo(path.c_str(), 0600) != 0) {
+    ADD_FAILURE() << "cannot make the FIFO " << path;
+    return {};
+  }
+  const pid_t writer = fork();
+  if (writer == 0) {
+    const int fd = open(path.c_str(), O_WRONLY);
+    bool written = fd >= 0;
+    for (std::size_t at = 0; written && at < bytes.size(); at += chunk) {
+      written = write(fd, bytes.data() + at, std::min(chunk, bytes.size() - at)) > 0;
+    }
+    _exit(written && close(fd) == 0 ? 0 : 1);
+  }
+  const LogScan scan = scan_path(path, true, LogScanOptions{}.block_bytes, ends);
+  int status = -1;
+  waitpid(writer, &status, 0);
+  EXPECT_EQ(status, 0);  // the writer wrote everything: the reader read to the end
+  unlink(path.c_str());
+  return scan;
+}
+
+#endif  // GET_INTER_ENER_TEST_FILES_H
