@@ -58,8 +58,10 @@ TEST_F(InTempDir, FileSystemTestsAndDirectories) {
   std::ofstream("plain") << "x";
   EXPECT_EQ(create_directory("plain"), 0);  // anything already there counts
   EXPECT_EQ(create_directory("missing/sub"), -1);
+  const mode_t mask = umask(0);
   ASSERT_EQ(create_directory("made"), 0);
-  EXPECT_EQ(fs::status("made").permissions() & fs::perms::others_all, fs::perms::none);
+  umask(mask);
+  EXPECT_EQ(fs::status("made").permissions(), fs::perms(0750));
   const std::pair<const char*, int> dirs[] = {
       {"made", 1}, {"plain", 0}, {"absent", 0}, {"plain/x", 0}, {"/dev/null", 0}};
   for (const auto& [path, expected] : dirs) EXPECT_EQ(dir_exists(path), expected) << path;
@@ -98,17 +100,25 @@ TEST_F(InTempDir, GlobListsMatchesSorted) {
 }
 
 TEST(Dates, FormatsDayUnpaddedAndTimePadded) {
-  std::tm t{};
-  t.tm_year = 2026 - 1900;
-  t.tm_mon = 2;
-  t.tm_mday = 5;
-  t.tm_wday = 4;
-  t.tm_hour = 9;
-  t.tm_min = 7;
-  t.tm_sec = 3;
-  char text[32];
-  EXPECT_EQ(format_date_time(t, text), 23);
-  EXPECT_STREQ(text, "Thu Mar 5 09:07:03 2026");
+  const struct {
+    int weekday, month;
+    const char* text;
+  } cases[] = {{4, 2, "Thu Mar 5 09:07:03 2026"},  {0, 11, "Sun Dec 5 09:07:03 2026"},
+               {7, 2, "??? ??? 5 09:07:03 2026"},  {-1, 2, "??? ??? 5 09:07:03 2026"},
+               {4, 12, "??? ??? 5 09:07:03 2026"}, {4, -1, "??? ??? 5 09:07:03 2026"}};
+  for (const auto& c : cases) {
+    std::tm t{};
+    t.tm_year = 2026 - 1900;
+    t.tm_mday = 5;
+    t.tm_hour = 9;
+    t.tm_min = 7;
+    t.tm_sec = 3;
+    t.tm_wday = c.weekday;
+    t.tm_mon = c.month;
+    char text[32];
+    EXPECT_EQ(format_date_time(t, text), 23);
+    EXPECT_STREQ(text, c.text);
+  }
   int month = 0, day = 0, year = 0;
   get_date(&month, &day, &year);
   EXPECT_TRUE(month >= 1 && month <= 12 && day >= 1 && day <= 31 && year >= 2024);

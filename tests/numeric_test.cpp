@@ -142,6 +142,9 @@ TEST(Matrix3, ProductsAndTransposes) {
   transpose_matrix(ra, 1);
   transpose_matrix(ra, 3);
   EXPECT_EQ(flat(a), (Doubles{1, 4, 7, 2, 5, 8, 3, 6, 10}));
+  mat_scale(a, 0.5, c);
+  mat_mat_add(a, c, c);  // in place
+  EXPECT_EQ(flat(c), (Doubles{1.5, 6, 10.5, 3, 7.5, 12, 4.5, 9, 15}));
   const double x[3] = {3, 4, 12}, y[3] = {1, -5, 0.5};
   EXPECT_EQ(get_magnitude(x), 13);
   EXPECT_EQ(get_dot(x, y), -11);
@@ -220,6 +223,11 @@ TEST(Jacobi, FixedCases) {
   EXPECT_EQ(nrot, 7);
   EXPECT_EQ(Doubles(d, d + 3),
             (Doubles{100.00003371216916, 7.339356357187205, -1.8393900693563665}));
+  // From the fifth sweep an element negligible against both its diagonal elements is set to
+  // zero unrotated: here a 2.6e-22 between eigenvalues -587 and 6.6e7.
+  Matrix wide = {{0.9, 6e5, 6}, {0, 4000, 7e7}, {0, 0, -8e6}};
+  jacobi_nr(wide, 3, d, v, nrot);
+  EXPECT_EQ(nrot, 7);
   Matrix two = {{2, 1}, {1, 2}}, nan = {{1, NAN, 0}, {0, 2, 0.5}, {0, 0, 3}};
   jacobi_nr(two, 2, d, v, nrot);
   EXPECT_EQ(nrot, 1);
@@ -268,14 +276,15 @@ TEST(RungeKutta, StepsWithFourSlopesInTheirOrder) {
 
 TEST(Regression, FitsALineOrReportsTooFewPoints) {
   const double x[] = {0, 1, 2, 3}, y[] = {0, 1, 1, 2}, exact[] = {1, 3, 5},
-               same_x[] = {0.22, 0.22, 0.22};
+               quarters[] = {0, 0.25, 0.5}, same_x[] = {0.22, 0.22, 0.22};
   const struct {
     const double *x, *y;
     int n, status;
     Doubles fit;                                          // a, b, s
   } cases[] = {{x, y, 4, 0, {0.1, 0.6, std::sqrt(0.1)}},  // residuals -0.1, 0.3, -0.3, 0.1
                {x, exact, 3, 0, {1, 2, 0}},
-               {same_x, exact, 3, 0, {0, 0, 0}},  // rounding leaves |D| = 5.6e-17
+               {quarters, exact, 3, 0, {1, 8, 0}},  // |D| = 0.375: small, yet a line
+               {same_x, exact, 3, 0, {0, 0, 0}},    // rounding leaves |D| = 5.6e-17
                {x, y, 2, -1, {0, 0, 0}}};
   for (const auto& c : cases) {
     Doubles fit(3, -1);

@@ -125,7 +125,8 @@ TEST(StringTests, CompareAndClassifyAsciiOnly) {
   EXPECT_FALSE(iequals("\xc3\xa9", "\xc3\x89"));  // no case outside ASCII
   EXPECT_FALSE(iequals("[", "{"));                // '{' is not an upper-cased '['
   const std::pair<std::string, bool> words[] = {
-      {"", false}, {"abcXYZ", true}, {"ab1", false}, {"a b", false}, {"caf\xc3\xa9", false}};
+      {"", false},  {"AZaz", true}, {"@", false},   {"[", false},          {"`", false},
+      {"{", false}, {"ab1", false}, {"a b", false}, {"caf\xc3\xa9", false}};
   for (const auto& [word, expected] : words) EXPECT_EQ(isAlphabetical(word), expected) << word;
   EXPECT_EQ(RemoveWhiteSpaceUnderscore("a_b c\td _"), "abc\td");
 }
