@@ -6,7 +6,8 @@
 // line), optional `argv0` (absent: the program's name),
 // `in/` (the directory before the run; symbolic links are kept), optional `generate` (lines
 // "NAME SIZE CHAR": inputs too large to keep, SIZE bytes of CHAR), optional `stdout_path` (a
-// file or device that takes the tool's standard output instead of the capture), `stdout`,
+// file or device that takes the tool's standard output instead of the capture, or "|closed":
+// a pipe whose reader has gone), optional `file_size_limit` (bytes any file may reach), `stdout`,
 // `stderr`, `status` (absent: empty, empty, 0), `out/` (every file the run creates or
 // changes) and optional `requires` (the compressed formats its inputs use, one a line: a build
 // without one of them skips the case).
@@ -18,7 +19,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -58,26 +58,32 @@ Files read_tree(const fs::path& dir) {
 const std::map<std::string, std::string> kTools = {{"get_inter_ener", TOOL_PATH},
                                                    {"check_inter_ener", CHECK_TOOL_PATH}};
 
-// Runs the program `tool` in `dir`. `prepare` runs in the child just before it starts.
-ToolRun run_tool(
-    const fs::path& dir, std::string argv0, std::vector<std::string> args,
-    const std::string& stdout_path = "", const std::function<void()>& prepare = [] {},
-    const std::string& tool = "get_inter_ener") {
+// Runs the program `tool` in `dir`, with files limited to `file_size_limit` bytes when it is
+// not negative.
+ToolRun run_tool(const fs::path& dir, std::string argv0, std::vector<std::string> args,
+                 const std::string& stdout_path = "", const std::string& tool = "get_inter_ener",
+                 long file_size_limit = -1) {
   const std::string tool_path = kTools.at(tool);
   const fs::path capture = make_temp_dir();
   const std::string out_path = stdout_path.empty() ? (capture / "out").string() : stdout_path;
   std::vector<char*> argv{argv0.data()};
   for (std::string& a : args) argv.push_back(a.data());
   argv.push_back(nullptr);
+  int reader_gone[2];
+  if (pipe(reader_gone) != 0) return {-1, "", "pipe failed"};
+  close(reader_gone[0]);
   if (fork() == 0) {
-    const int out = open(out_path.c_str(), O_WRONLY | O_CREAT, 0644);
+    const int out =
+        out_path == "|closed" ? reader_gone[1] : open(out_path.c_str(), O_WRONLY | O_CREAT, 0644);
     const int err = open((capture / "err").c_str(), O_WRONLY | O_CREAT, 0644);
-    if (dup2(out, 1) >= 0 && dup2(err, 2) >= 0 && chdir(dir.c_str()) == 0) {
-      prepare();
+    const rlimit limit{static_cast<rlim_t>(file_size_limit), static_cast<rlim_t>(file_size_limit)};
+    if (dup2(out, 1) >= 0 && dup2(err, 2) >= 0 && chdir(dir.c_str()) == 0 &&
+        (file_size_limit < 0 || setrlimit(RLIMIT_FSIZE, &limit) == 0)) {
       execv(tool_path.c_str(), argv.data());
     }
     _exit(127);
   }
+  close(reader_gone[1]);
   int status = 0;
   wait(&status);
   ToolRun run{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
@@ -110,7 +116,7 @@ void generate_inputs(const fs::path& generate, const fs::path& work) {
 // exactly the inputs overlaid by the files of its `out/`.
 ToolRun run_and_check_files(const fs::path& dir, const std::vector<std::string>& args,
                             const std::string& argv0, const std::string& stdout_path,
-                            const std::string& tool) {
+                            const std::string& tool, long file_size_limit) {
   const fs::path work = make_temp_dir();
   if (fs::exists(dir / "in")) {
     fs::copy(fs::canonical(dir / "in"), work,
@@ -119,8 +125,7 @@ ToolRun run_and_check_files(const fs::path& dir, const std::vector<std::string>&
   generate_inputs(dir / "generate", work);
   Files expected = read_tree(work);
   for (auto& [name, bytes] : read_tree(dir / "out")) expected[name] = bytes;
-  const ToolRun run = run_tool(
-      work, argv0, args, stdout_path, [] {}, tool);
+  const ToolRun run = run_tool(work, argv0, args, stdout_path, tool, file_size_limit);
   EXPECT_EQ(read_tree(work), expected);
   fs::remove_all(work);
   return run;
@@ -165,9 +170,9 @@ TEST_P(RecordedCase, MatchesRecordedRun) {
     return fs::exists(dir / name) ? read_lines(dir / name).at(0) : std::string(absent);
   };
   const std::string tool = first_line("tool", "get_inter_ener");
-  const ToolRun run =
-      run_and_check_files(dir, read_lines(dir / "args"), first_line("argv0", tool.c_str()),
-                          first_line("stdout_path", ""), tool);
+  const ToolRun run = run_and_check_files(
+      dir, read_lines(dir / "args"), first_line("argv0", tool.c_str()),
+      first_line("stdout_path", ""), tool, std::stol(first_line("file_size_limit", "-1")));
   // The error header's line number follows the source; the recorded runs say N.
   const std::regex line_number("(ERROR  transport : [^ ]+ : line )[0-9]+");
   EXPECT_EQ(std::to_string(run.status), first_line("status", "0"));
@@ -196,52 +201,6 @@ TEST(Cli, HundredSitesNameThreeDigitFiles) {
     EXPECT_EQ(files.count(name), 1u) << name;
   }
   fs::remove_all(work);
-}
-
-// Writes that fail because of the process's surroundings end with a report, never by a
-// signal: a standard output whose reader has gone (the tables are still all written), and a
-// file-size limit.
-TEST(Cli, WriteFailuresAreReported) {
-  struct Case {
-    const char* name;
-    std::function<void()> prepare;
-    int status;
-    std::string out, err;
-    bool tables_written;
-  };
-  int reader_gone[2];
-  ASSERT_EQ(pipe(reader_gone), 0);
-  close(reader_gone[0]);
-  const Case cases[] = {
-      {"closed pipe", [&] { dup2(reader_gone[1], 1); }, 255, "",
-       "Failed to write standard output: Broken pipe\n", true},
-      {"file-size limit",
-       [] {
-         const rlimit limit{200, 200};  // room for the report, not for uc_U.dat
-         setrlimit(RLIMIT_FSIZE, &limit);
-       },
-       255,
-       "Treating batch file: int_ener_files.dat...\n\nERROR  transport : get_inter_ener.cpp : "
-       "line N : \nFailed to write output file uc_U.dat: File too large\n",
-       "", false},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    const fs::path work = make_temp_dir();
-    fs::copy(EXAMPLES_DIR, work, fs::copy_options::recursive);
-    const ToolRun run = run_tool(work, "get_inter_ener", {"-neighbor"}, "", c.prepare);
-    EXPECT_EQ(run.status, c.status);
-    const std::regex line_number("(line )[0-9]+");
-    EXPECT_EQ(std::regex_replace(run.out, line_number, "$1N"), c.out);
-    EXPECT_EQ(run.err, c.err);
-    for (const auto& expected : fs::directory_iterator(fs::path(EXAMPLES_DIR) / "expected")) {
-      const fs::path written = work / expected.path().filename();
-      EXPECT_EQ(fs::exists(written) && read_file(written) == read_file(expected), c.tables_written)
-          << written;
-    }
-    fs::remove_all(work);
-  }
-  close(reader_gone[1]);
 }
 
 }  // namespace
