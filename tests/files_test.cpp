@@ -62,8 +62,9 @@ TEST_F(InTempDir, FileSystemTestsAndDirectories) {
   ASSERT_EQ(create_directory("made"), 0);
   umask(mask);
   EXPECT_EQ(fs::status("made").permissions(), fs::perms(0750));
-  const std::pair<const char*, int> dirs[] = {
-      {"made", 1}, {"plain", 0}, {"absent", 0}, {"plain/x", 0}, {"/dev/null", 0}};
+  fs::create_symlink("loop", "loop");  // neither a directory nor absent: stat fails otherwise
+  const std::pair<const char*, int> dirs[] = {{"made", 1},    {"plain", 0},     {"absent", 0},
+                                              {"plain/x", 0}, {"/dev/null", 0}, {"loop", -1}};
   for (const auto& [path, expected] : dirs) EXPECT_EQ(dir_exists(path), expected) << path;
   // The directory test is one mode bit, which a socket's type shares.
   sockaddr_un socket_name{AF_UNIX, "sock"};
