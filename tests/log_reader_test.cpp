@@ -99,13 +99,21 @@ TEST(LineStore, AgreesWithALineReaderOnRandomTexts) {
   EXPECT_EQ(count_open_descriptors(), descriptors);  // every file is closed
 }
 
-// A pipe has no length: its bytes are read to the end, with the same entries as from a file.
+// A pipe has no length: its bytes are read to the end, with the same entries as from a file,
+// whether it holds less than a format header or many blocks.
 TEST(LineStore, ReadsAPipeWhole) {
   std::string bytes = "head\n SCF Done:  E(X) =  -7.25  A.U.\n";
   for (int i = 0; i < 20000; ++i) bytes += "tail line " + std::to_string(i) + "\n";
-  const LogScan scan = scan_through_fifo(bytes, 4096, 0);
-  EXPECT_EQ(scan.entry_count, 20002u);
-  EXPECT_EQ(sp_ener_from_line(scan.energy_entry).hartree, -7.25);
+  const std::string shorter_than_a_header = "a\n\nb";
+  for (const std::string& text : {bytes, shorter_than_a_header}) {
+    for (const std::size_t chunk : {7, 4096}) {
+      const LogScan scan = scan_through_fifo(text, chunk, 40);
+      EXPECT_EQ(scan.status, LogReadStatus::ok) << scan.error;
+      EXPECT_EQ(scan.entry_count, line_reader_entries(text).size());
+      EXPECT_EQ(scan.energy_entry, reference_scan(line_reader_entries(text)).line);
+      EXPECT_EQ(scan.tail, text.substr(text.size() - std::min<std::size_t>(text.size(), 40)));
+    }
+  }
 }
 
 // A file cut short by another process after it was opened: the backward reading meets the

@@ -43,8 +43,9 @@ inline LogScan scan_path(const std::string& path, bool count, std::size_t block,
   return scan;
 }
 
-// Reads `bytes` through a FIFO that a child process fills `chunk` bytes at a time: a pipe has
-// no length, and may deliver even a format header a few bytes at a time.
+// Reads `bytes` through a FIFO that a child process fills `chunk` bytes at a time, in blocks
+// of `chunk` bytes: a pipe has no length, and may deliver even a format header a few bytes
+// at a time.
 inline LogScan scan_through_fifo(const std::string& bytes, std::size_t chunk, std::size_t ends) {
   const std::string path = test_file_path(".fifo");
   unlink(path.c_str());
@@ -61,7 +62,7 @@ inline LogScan scan_through_fifo(const std::string& bytes, std::size_t chunk, st
     }
     _exit(written && close(fd) == 0 ? 0 : 1);
   }
-  const LogScan scan = scan_path(path, true, LogScanOptions{}.block_bytes, ends);
+  const LogScan scan = scan_path(path, true, chunk, ends);
   int status = -1;
   waitpid(writer, &status, 0);
   EXPECT_EQ(status, 0);  // the writer wrote everything: the reader read to the end
