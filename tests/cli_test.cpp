@@ -1,16 +1,7 @@
 // Black-box tests of the suite's programs: each case runs a built program in a fresh directory
 // and compares its standard output, standard error, exit status and files byte for byte.
 //
-// Recorded cases live in tests/cli/<case>/: optional `tool` (the program the case runs,
-// get_inter_ener or check_inter_ener; absent: get_inter_ener), `args` (one argument per
-// line), optional `argv0` (absent: the program's name),
-// `in/` (the directory before the run; symbolic links are kept), optional `generate` (lines
-// "NAME SIZE CHAR": inputs too large to keep, SIZE bytes of CHAR), optional `stdout_path` (a
-// file or device that takes the tool's standard output instead of the capture, or "|closed":
-// a pipe whose reader has gone), optional `file_size_limit` (bytes any file may reach), `stdout`,
-// `stderr`, `status` (absent: empty, empty, 0), `out/` (every file the run creates or
-// changes) and optional `requires` (the compressed formats its inputs use, one a line: a build
-// without one of them skips the case).
+// The recorded cases and their files are described in tests/cli/README.md.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -133,7 +124,7 @@ ToolRun run_and_check_files(const fs::path& dir, const std::vector<std::string>&
 std::vector<std::string> recorded_cases() {
   std::vector<std::string> names;
   for (const auto& entry : fs::directory_iterator(CLI_CASES_DIR)) {
-    names.push_back(entry.path().filename().string());
+    if (entry.is_directory()) names.push_back(entry.path().filename().string());
   }
   std::sort(names.begin(), names.end());
   return names;

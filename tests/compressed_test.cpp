@@ -201,30 +201,4 @@ INSTANTIATE_TEST_SUITE_P(Formats, CompressedLog,
                                          TextFormat::zstd),
                          [](const auto& info) { return format_name(info.param); });
 
-// A format is recognised by its whole header; a text that only begins like one stays text.
-TEST(TextFormat, RecognisedByTheWholeHeader) {
-  std::vector<Header> cases(std::begin(kHeaders), std::end(kHeaders));
-  for (const std::string& text : {
-           "BZh91AY&S\n"s + kEnergy + "\n",         // the block magic cut short
-           "BZh01AY&SY\n"s + kEnergy + "\n",        // no block size 0
-           "\x1f\x8b\x08\xe0\n"s + kEnergy + "\n",  // reserved flags set
-           "\xfd"
-           "7zXZ \n"s +
-               kEnergy + "\n",
-           "\x28\xb5\x2f\n"s + kEnergy + "\n",
-       }) {
-    cases.push_back({TextFormat::plain, text});
-  }
-  for (const Header& c : cases) {
-    SCOPED_TRACE(c.bytes.substr(0, 12));
-    const auto* head = reinterpret_cast<const unsigned char*>(c.bytes.data());
-    EXPECT_EQ(recognise_format(head, std::min<std::size_t>(16, c.bytes.size())), c.format);
-    if (c.format != TextFormat::plain) continue;
-    const LogScan scan = scan_file(write_temp(c.bytes, ".log"));
-    EXPECT_EQ(scan.format, TextFormat::plain);
-    EXPECT_TRUE(scan.marker_found);
-    expect_same_scan(scan, plain_scan(c.bytes));
-  }
-}
-
 }  // namespace
