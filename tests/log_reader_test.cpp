@@ -12,6 +12,7 @@
 #include <random>
 #include <sstream>
 
+#include "driver.h"
 #include "reference_line_reader.h"
 #include "test_files.h"
 
@@ -134,6 +135,19 @@ TEST(LineStore, AFileThatShrinksIsAReadFailure) {
     EXPECT_FALSE(scan.marker_found);
   }
   close(fd);
+}
+
+// The driver releases each output's store once its energy is taken, the last one too.
+TEST(LineStore, TheBatchLeavesNoStoreBehind) {
+  const std::string log =
+      write_temp("head\n SCF Done:  E(X) =  -7.25  A.U.\n" + std::string(99, 'x'));
+  std::FILE* batch = std::tmpfile();
+  ASSERT_NE(batch, nullptr);
+  std::fprintf(batch, "1\n%s %s %s\n", log.c_str(), log.c_str(), log.c_str());
+  std::rewind(batch);
+  EXPECT_EQ(read_batch_jobs(batch, "jobs", 1).U_nM.at(0), -7.25 * hartree_to_meV);
+  std::fclose(batch);
+  EXPECT_TRUE(g_log_data.energy_entry.empty() && g_log_data.tail.empty());
 }
 
 // The engine outputs of the shared test collection, where it is present beside the project:
