@@ -62,6 +62,11 @@ TEST(ChemFormula, HillOrderAndElectrons) {
   EXPECT_EQ(formula_electrons("C18H12"), 120);
   EXPECT_EQ(formula_electrons("C2Q4"), -1);
   EXPECT_EQ(formula_electrons("Rn999999Xe999999"), -1);  // corrupt
+  EXPECT_EQ(formula_electrons("H1000001"), -1);          // more than a million of one atom
+  std::string most;  // the most electrons a formula may count: a hundred million
+  for (int k = 0; k < 100; ++k) most += "H1000000";
+  EXPECT_EQ(formula_electrons(most), 100000000);
+  EXPECT_EQ(formula_electrons(most + "H"), -1);
   EXPECT_EQ(formula_electrons(""), -1);
   EXPECT_EQ(atomic_number("Rn"), 86);
   EXPECT_EQ(atomic_number("Redundant"), 0);
@@ -69,6 +74,7 @@ TEST(ChemFormula, HillOrderAndElectrons) {
 
 TEST(CheckReport, JsonStringsAndNumbers) {
   EXPECT_EQ(json_string("a\"b\\c\n\t\x01\xc3\xa9"), "\"a\\\"b\\\\c\\n\\t\\u0001\xc3\xa9\"");
+  EXPECT_EQ(json_string("\r\b\f\x1f "), "\"\\r\\b\\f\\u001f \"");
   EXPECT_EQ(shortest_number(-693.329689346), "-693.329689346");
   EXPECT_EQ(shortest_number(0.1), "0.1");
   EXPECT_EQ(std::strtod(shortest_number(1.0 / 3).c_str(), nullptr), 1.0 / 3);
