@@ -180,7 +180,11 @@ TEST_P(CompressedLog, DamagedOrCutOffStreamFails) {
   for (std::size_t length : {std::size_t{20}, packed.size() / 2, packed.size() - 1}) {
     faults.push_back({packed.substr(0, length), "unexpected end of " + name + " data"});
   }
-  faults.push_back({packed + "trailing text\n", name + " data is damaged: "});
+  const char* const not_a_stream[] = {
+      "", "incorrect header check", "not bzip2 data after the end of a stream",
+      "compressed data is corrupt", "unknown frame descriptor"};  // in the order of TextFormat
+  faults.push_back({packed + "trailing text\n",
+                    name + " data is damaged: " + not_a_stream[static_cast<int>(GetParam())]});
   for (const Fault& fault : faults) {
     SCOPED_TRACE(fault.error_begins + " " + std::to_string(fault.bytes.size()));
     const LogScan scan = scan_file(write_temp(fault.bytes, suffix()));
