@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "driver.h"
+#include "input_file.h"
 #include "reference_line_reader.h"
 #include "test_files.h"
 
@@ -135,6 +136,20 @@ TEST(LineStore, AFileThatShrinksIsAReadFailure) {
     EXPECT_FALSE(scan.marker_found);
   }
   close(fd);
+}
+
+// An input opens even as descriptor 0, as in a batch job started with standard input closed;
+// a directory is refused, and its descriptor closed.
+TEST(InputFile, OpensAsDescriptorZeroAndRefusesDirectories) {
+  struct stat info;
+  const int descriptors = count_open_descriptors();
+  EXPECT_EQ(open_input_fd(testing::TempDir().c_str(), info), -1);
+  EXPECT_EQ(count_open_descriptors(), descriptors);
+  const int standard_input = dup(0);
+  close(0);
+  EXPECT_EQ(open_input_fd(write_temp("x").c_str(), info), 0);
+  dup2(standard_input, 0);
+  close(standard_input);
 }
 
 // The driver releases each output's store once its energy is taken, the last one too.
