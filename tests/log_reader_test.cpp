@@ -14,6 +14,7 @@
 
 #include "driver.h"
 #include "input_file.h"
+#include "input_lists.h"
 #include "reference_line_reader.h"
 #include "test_files.h"
 
@@ -150,6 +151,22 @@ TEST(InputFile, OpensAsDescriptorZeroAndRefusesDirectories) {
   EXPECT_EQ(open_input_fd(write_temp("x").c_str(), info), 0);
   dup2(standard_input, 0);
   close(standard_input);
+}
+
+// The neighbour table holds at most kMaxCount neighbours in all, and that many.
+TEST(NeighborList, HoldsAtMostTheLimitInAll) {
+  for (const int total : {kMaxCount, kMaxCount + 1}) {
+    std::FILE* in = std::tmpfile();
+    ASSERT_NE(in, nullptr);
+    std::fprintf(in, "a\nb\n2\n1\n1\n2\n2\n%d\n", total - 1);  // site 1 has one neighbour
+    for (int k = 1; k < total; ++k) std::fputs("1\n", in);
+    std::rewind(in);
+    NeighborTable table;
+    ListFault fault;
+    EXPECT_EQ(read_neighbor_list(in, 2, table, fault),
+              total == kMaxCount ? ListStatus::ok : ListStatus::count_above_limit);
+    std::fclose(in);
+  }
 }
 
 // The driver releases each output's store once its energy is taken, the last one too.
