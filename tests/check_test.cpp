@@ -1,9 +1,11 @@
 // Tests of the check of a crystal's outputs that its recorded runs (tests/cli/check_*) cannot
 // show cheaply: SCF counts of files too large to keep, the archive entry cut short, formulas
-// and JSON texts at their limits, and (when they are beside the project) the real outputs.
+// and JSON texts at their limits, and (when they are beside the project) the real outputs,
+// which the reader reads too.
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include "check_report.h"
@@ -80,47 +82,56 @@ TEST(CheckReport, JsonStringsAndNumbers) {
   EXPECT_EQ(std::strtod(shortest_number(1.0 / 3).c_str(), nullptr), 1.0 / 3);
 }
 
-// The real outputs beside the project, read as the program reads them, each in all three roles
-// of a site: its engine, and its one finding besides those of a file read three times.
-TEST(RealOutputs, AreClassified) {
+// The real outputs beside the project, as their manifest describes them: each read forward and
+// backward (line count, energy), and checked in all three roles of a site (engine, termination,
+// and its one finding besides those of a file read three times).
+TEST(RealOutputs, AreReadAndClassified) {
   const std::string dir = QC_LOGS_DIR;
-  if (!std::ifstream(dir + "/MANIFEST.tsv")) GTEST_SKIP() << "no engine outputs at " << dir;
-  const struct {
-    const char* file;
-    Engine engine;
-    const char* finding;
-  } cases[] = {
-      {"gaussian_g09-D.01_rb3lyp-sp.log", Engine::gaussian, ""},
-      {"gaussian_g09-D.01_mp2-sp.log", Engine::gaussian, "not-scf-energy"},
-      {"gaussian_g16-A.03_ccsdt-sp.log", Engine::gaussian, "not-scf-energy"},
-      {"gaussian_g16-A.03_b3lyp-td.log", Engine::gaussian, "not-scf-energy"},
-      {"gaussian_g16-A.03_b3lyp-freq.log", Engine::gaussian, "frequency-job"},
-      {"gaussian_g16-A.03_b3lyp-scan.log", Engine::gaussian, "several-scf-energies"},
-      {"gaussian_g16-A.03_rb3lyp-opt.log", Engine::gaussian, ""},
-      {"gaussian_g16-A.03_ub3lyp-cation-sp.log", Engine::gaussian, ""},
-      {"orca_5.0.0_rb3lyp-sp.log", Engine::orca, "no-energy-line"},
-      {"qchem_5.4.1_b3lyp-sp.log", Engine::qchem, "no-energy-line"},
-      {"nwchem_7.0.0_b3lyp-sp.log", Engine::nwchem, "no-energy-line"},
-      {"nwchem_6.5_hf-sp.log", Engine::nwchem, "no-energy-line"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.file);
+  std::ifstream manifest(dir + "/MANIFEST.tsv");
+  if (!manifest) GTEST_SKIP() << "no engine outputs at " << dir;
+  const std::map<std::string, std::string> findings = {
+      {"gaussian_g09-D.01_mp2-sp.log", "not-scf-energy"},
+      {"gaussian_g16-A.03_ccsdt-sp.log", "not-scf-energy"},
+      {"gaussian_g16-A.03_b3lyp-td.log", "not-scf-energy"},
+      {"gaussian_g16-A.03_b3lyp-freq.log", "frequency-job"},
+      {"gaussian_g16-A.03_b3lyp-scan.log", "several-scf-energies"},
+      {"orca_5.0.0_rb3lyp-sp.log", "no-energy-line"},
+      {"qchem_5.4.1_b3lyp-sp.log", "no-energy-line"},
+      {"nwchem_7.0.0_b3lyp-sp.log", "no-energy-line"},
+      {"nwchem_6.5_hf-sp.log", "no-energy-line"}};
+  std::string line;
+  std::getline(manifest, line);  // column names
+  int checked = 0;
+  for (; std::getline(manifest, line); ++checked) {
+    std::vector<std::string> cells;
+    std::istringstream fields(line);
+    for (std::string cell; std::getline(fields, cell, '\t');) cells.push_back(cell);
+    SCOPED_TRACE(cells.at(0));
     FileRow row;
-    row.file = dir + "/" + c.file;
+    row.file = dir + "/" + cells.at(0);
+    const LogScan forward = scan_path(row.file, true, 128 * 1024, 0);
+    EXPECT_EQ(forward.entry_count, std::stoul(cells.at(5)));  // no long lines
+    char energy[32] = "NONE";  // as the manifest gives it: %.15g, or NONE
+    if (forward.marker_found) {
+      std::snprintf(energy, sizeof energy, "%.15g",
+                    sp_ener_from_line(forward.energy_entry).hartree);
+    }
+    EXPECT_EQ(energy, cells.at(9));
+    EXPECT_EQ(scan_path(row.file, false, 128 * 1024, 0).energy_entry, forward.energy_entry);
     read_file_row(row);
-    EXPECT_EQ(row.summary.engine, c.engine);
+    EXPECT_EQ(engine_name(row.summary.engine), cells.at(1));
     EXPECT_EQ(row.summary.termination, Termination::normal);
-    EXPECT_EQ(row.summary.final_energy.found, c.engine != Engine::gaussian);  // their own line
     CrystalInputs in;
     in.batch_opened = true;
     in.sites.push_back({1, "f f f", {0, 0, 0}});
     in.rows = {row};
-    std::vector<std::string> found;
+    std::string found;
     for (const Finding& f : check_crystal(in)) {
-      if (f.code != "same-file-two-roles" && f.code != "charge-mismatch") found.push_back(f.code);
+      if (f.code != "same-file-two-roles" && f.code != "charge-mismatch") found += f.code;
     }
-    EXPECT_EQ(found, std::vector<std::string>(*c.finding ? 1 : 0, c.finding));
+    EXPECT_EQ(found, findings.count(cells.at(0)) != 0 ? findings.at(cells.at(0)) : "");
   }
+  EXPECT_EQ(checked, 12);
 }
 
 }  // namespace
