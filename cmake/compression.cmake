@@ -3,6 +3,7 @@
 #   COMPRESSION_DECODERS     its decoder's source in src/
 #   COMPRESSION_LIBRARIES    the library's target
 #   COMPRESSION_DEFINITIONS  WITH_ZLIB, WITH_BZIP2, WITH_LZMA or WITH_ZSTD
+#   COMPRESSION_FORMATS      its name: gzip, bzip2, xz or zstd
 # and a missing one is left out with a notice: that build refuses the format's logs, naming
 # the library.
 find_package(ZLIB)
@@ -25,6 +26,7 @@ endif()
 set(COMPRESSION_DECODERS "")
 set(COMPRESSION_LIBRARIES "")
 set(COMPRESSION_DEFINITIONS "")
+set(COMPRESSION_FORMATS "")
 # format, library target, library, compile definition, decoder, Debian package
 foreach(codec
     "gzip;ZLIB::ZLIB;zlib;WITH_ZLIB;decompress_gzip.cpp;zlib1g-dev"
@@ -41,6 +43,7 @@ foreach(codec
     list(APPEND COMPRESSION_DECODERS ${decoder})
     list(APPEND COMPRESSION_LIBRARIES ${target})
     list(APPEND COMPRESSION_DEFINITIONS ${definition})
+    list(APPEND COMPRESSION_FORMATS ${format})
     message(STATUS "${format} logs: read with ${library}")
   else()
     message(STATUS "${format} logs: ${library} not found (Debian package ${debian}); "

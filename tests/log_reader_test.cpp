@@ -63,20 +63,18 @@ TEST(LineStore, EdgeTextsReadAsALineReaderReadsThem) {
 // 16- and 64-byte scan blocks and the 1023-character limit, so that markers fall across
 // block and entry boundaries.
 TEST(LineStore, AgreesWithALineReaderOnRandomTexts) {
-  const std::string pieces[] = {
-      " SCF Done:  E(RB3LYP) =  -693.25  A.U. after 9 cycles",
-      "SCF Done",
-      "SCF Do",
-      "ne: a b c",
-      "SCF done",
-      " SCF Done: E = 1",
-      "\0"s,
-      "\r\n",
-      "\n",
-      "\n\n",
-      " ",
-      "S",
-  };
+  const std::string pieces[] = {" SCF Done:  E(RB3LYP) =  -693.25  A.U. after 9 cycles",
+                                "SCF Done",
+                                "SCF Do",
+                                "ne: a b c",
+                                "SCF done",
+                                " SCF Done: E = 1",
+                                "\0"s,
+                                "\r\n",
+                                "\n",
+                                "\n\n",
+                                " ",
+                                "S"};
   const std::size_t runs[] = {1, 7, 15, 16, 17, 63, 64, 65, 1000, 1015, 1022, 1023, 1024, 2046};
   // Blocks around the pieces and the 1023-character entries put block boundaries everywhere.
   const std::size_t blocks[] = {1, 2, 7, 16, 64, 1022, 1023, 1024, 1025, 4096};
