@@ -50,9 +50,10 @@ const std::map<std::string, std::string> kTools = {{"get_inter_ener", TOOL_PATH}
                                                    {"check_inter_ener", CHECK_TOOL_PATH}};
 
 // Runs the program `tool` in `dir`, with files limited to `file_size_limit` bytes when it is
-// not negative.
+// not negative, and standard input closed when `stdin_closed` is set.
 ToolRun run_tool(const fs::path& dir, std::string argv0, std::vector<std::string> args,
-                 const std::string& stdout_path, const std::string& tool, long file_size_limit) {
+                 const std::string& stdout_path, const std::string& tool, long file_size_limit,
+                 bool stdin_closed) {
   const std::string tool_path = kTools.at(tool);
   const fs::path capture = make_temp_dir();
   const std::string out_path = stdout_path.empty() ? (capture / "out").string() : stdout_path;
@@ -68,7 +69,8 @@ ToolRun run_tool(const fs::path& dir, std::string argv0, std::vector<std::string
     const int err = open((capture / "err").c_str(), O_WRONLY | O_CREAT, 0644);
     const rlimit limit{static_cast<rlim_t>(file_size_limit), static_cast<rlim_t>(file_size_limit)};
     if (dup2(out, 1) >= 0 && dup2(err, 2) >= 0 && chdir(dir.c_str()) == 0 &&
-        (file_size_limit < 0 || setrlimit(RLIMIT_FSIZE, &limit) == 0)) {
+        (file_size_limit < 0 || setrlimit(RLIMIT_FSIZE, &limit) == 0) &&
+        (!stdin_closed || close(0) == 0)) {
       execv(tool_path.c_str(), argv.data());
     }
     _exit(127);
@@ -115,7 +117,8 @@ ToolRun run_and_check_files(const fs::path& dir, const std::vector<std::string>&
   generate_inputs(dir / "generate", work);
   Files expected = read_tree(work);
   for (auto& [name, bytes] : read_tree(dir / "out")) expected[name] = bytes;
-  const ToolRun run = run_tool(work, argv0, args, stdout_path, tool, file_size_limit);
+  const ToolRun run = run_tool(work, argv0, args, stdout_path, tool, file_size_limit,
+                               fs::exists(dir / "stdin_closed"));
   EXPECT_EQ(read_tree(work), expected);
   fs::remove_all(work);
   return run;

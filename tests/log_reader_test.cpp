@@ -135,21 +135,12 @@ TEST(LineStore, AFileThatShrinksIsAReadFailure) {
   close(fd);
 }
 
-// An input opens even as descriptor 0, as in a batch job started with standard input closed;
-// a directory is refused, and its descriptor closed.
-TEST(InputFile, OpensAsDescriptorZeroAndRefusesDirectories) {
+// A directory named as an input is refused, and the descriptor opened to see it closed.
+TEST(InputFile, ADirectoryIsRefusedWithoutADescriptorLeft) {
   struct stat info;
   const int descriptors = count_open_descriptors();
   EXPECT_EQ(open_input_fd(testing::TempDir().c_str(), info), -1);
   EXPECT_EQ(count_open_descriptors(), descriptors);
-  const std::string path = write_temp("x\n SCF Done:  E(X) =  -2.5  A.U.\n");
-  const int standard_input = dup(0);
-  close(0);
-  EXPECT_EQ(open_input_fd(path.c_str(), info), 0);
-  close(0);
-  EXPECT_TRUE(scan_path(path, false, 4096, 0).marker_found);  // read through descriptor 0
-  dup2(standard_input, 0);
-  close(standard_input);
 }
 
 // The neighbour table holds at most kMaxCount neighbours in all, and that many.
