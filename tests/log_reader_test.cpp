@@ -50,19 +50,13 @@ void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 40
   }
 }
 
-// The store's edge texts, whose exact results the recorded log_* runs pin, read on every path.
-TEST(LineStore, EdgeTextsReadAsALineReaderReadsThem) {
-  for (const std::string& text : edge_texts()) {
-    SCOPED_TRACE(text.substr(0, 60));
-    expect_same_as_line_reader(text);
-  }
-}
-
-// Texts assembled at random from pieces that meet every rule of the store: markers, energy
-// lines too short, NULs, carriage returns, empty lines and runs of every length around the
-// 16- and 64-byte scan blocks and the 1023-character limit, so that markers fall across
-// block and entry boundaries.
-TEST(LineStore, AgreesWithALineReaderOnRandomTexts) {
+// The store's edge texts (whose exact results the recorded log_* runs pin), then texts
+// assembled at random from pieces that meet every rule of the store: markers, energy lines too
+// short, NULs, carriage returns, empty lines and runs of every length around the 16- and
+// 64-byte scan blocks and the 1023-character limit, so that markers fall across block and
+// entry boundaries.
+TEST(LineStore, AgreesWithALineReaderOnEdgeAndRandomTexts) {
+  for (const std::string& text : edge_texts()) expect_same_as_line_reader(text);
   const std::string pieces[] = {" SCF Done:  E(RB3LYP) =  -693.25  A.U. after 9 cycles",
                                 "SCF Done",
                                 "SCF Do",
