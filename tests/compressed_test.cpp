@@ -1,7 +1,7 @@
-// Tests of compressed engine outputs: every format gives through the reader exactly what the
-// plain text gives, whatever the block and stream boundaries; damaged and cut-off streams fail
-// with a reason; texts that only resemble a compressed header stay plain. The texts are
-// compressed here with the formats' libraries; a format whose library this build lacks skips.
+// Tests of compressed engine outputs: every format gives through the reader what the plain text
+// gives, whatever the stream boundaries; damaged and cut-off streams fail with the format's
+// reason; no decoder outlives its stream. The texts are compressed here with the libraries; a
+// format this build lacks skips. What the tool prints, the recorded compressed_* runs show.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
