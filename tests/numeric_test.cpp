@@ -224,10 +224,10 @@ TEST(Jacobi, FixedCases) {
   EXPECT_EQ(Doubles(d, d + 3),
             (Doubles{100.00003371216916, 7.339356357187205, -1.8393900693563665}));
   // From the fifth sweep an element negligible against both its diagonal elements is set to
-  // zero unrotated: here a 2.6e-22 between eigenvalues -587 and 6.6e7.
-  Matrix wide = {{0.9, 6e5, 6}, {0, 4000, 7e7}, {0, 0, -8e6}};
+  // zero unrotated: here a 4.8e-19 between eigenvalues -1e6 and 192.
+  Matrix wide = {{-0.5, 8e5, 200}, {0, 90, -6e5}, {0, 0, -0.04}};
   jacobi_nr(wide, 3, d, v, nrot);
-  EXPECT_EQ(nrot, 7);
+  EXPECT_EQ(nrot, 10);
   Matrix two = {{2, 1}, {1, 2}}, nan = {{1, NAN, 0}, {0, 2, 0.5}, {0, 0, 3}};
   jacobi_nr(two, 2, d, v, nrot);
   EXPECT_EQ(nrot, 1);
