@@ -13,6 +13,7 @@
 #include "crystal_findings.h"
 #include "log_summary.h"
 #include "test_files.h"
+#include "text_format.h"
 
 namespace {
 
@@ -49,13 +50,15 @@ TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
   std::remove(name.c_str());
 }
 
-// Only a whole entry is read: one cut off before its closing "\\@" leaves the summary to the
-// output's head, as no entry does. What a whole one gives, the recorded runs show.
-TEST(GaussianArchive, OnlyAWholeEntryIsRead) {
+// Only a whole archive entry is read: one cut off before its closing "\\@" leaves the summary
+// to the output's head, as no entry does (what a whole one gives, the recorded runs show).
+// Method names lose their R or U prefix only when a name follows.
+TEST(LogSummary, WholeArchiveEntriesAndMethodNames) {
   GaussianArchive a;
   EXPECT_TRUE(read_gaussian_archive("text\n" + kArchive + kNormal, a));
   EXPECT_FALSE(read_gaussian_archive("x\n" + kArchive.substr(0, kArchive.size() - 6), a));
   EXPECT_FALSE(read_gaussian_archive("x\n SCF Done\n", a));
+  EXPECT_EQ(method_key("U"), "U");  // R and U are prefixes only when a name follows
 }
 
 TEST(ChemFormula, HillOrderAndElectrons) {
@@ -80,6 +83,7 @@ TEST(CheckReport, JsonStringsAndNumbers) {
   EXPECT_EQ(shortest_number(-693.329689346), "-693.329689346");
   EXPECT_EQ(shortest_number(0.1), "0.1");
   EXPECT_EQ(std::strtod(shortest_number(1.0 / 3).c_str(), nullptr), 1.0 / 3);
+  EXPECT_EQ(format_text("%s", ""), "");  // an empty message, no stray NUL
 }
 
 // The real outputs beside the project, as their manifest describes them: each read forward and

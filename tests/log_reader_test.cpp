@@ -39,6 +39,7 @@ void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 40
   const std::string path = write_temp(bytes);
   for (const bool forward : {false, true}) {
     SCOPED_TRACE(forward ? "forward" : "backward");
+    errno = EINTR;  // stale: only a failed call's errno may count
     const LogScan scan = scan_path(path, forward, block, 100);
     EXPECT_EQ(scan.status, LogReadStatus::ok);
     EXPECT_EQ(scan.marker_found, expected.status != SpEnerStatus::marker_not_found);
@@ -137,8 +138,17 @@ TEST(InputFile, ADirectoryIsRefusedWithoutADescriptorLeft) {
   EXPECT_EQ(count_open_descriptors(), descriptors);
 }
 
-// The neighbour table holds at most kMaxCount neighbours in all, and that many.
-TEST(NeighborList, HoldsAtMostTheLimitInAll) {
+// The lists hold what their counts say: one trimmed line per job, however many lines follow;
+// at most kMaxCount neighbours in all, and that many; each site's own number, minus 1.
+TEST(InputLists, HoldWhatTheirCountsSay) {
+  std::FILE* batch = std::tmpfile();
+  ASSERT_NE(batch, nullptr);
+  std::fputs("2\n a \nb\nc\n", batch);
+  std::rewind(batch);
+  BatchList list;
+  EXPECT_EQ(read_batch_list(batch, list), ListStatus::ok);
+  EXPECT_EQ(list.job_lines, (std::vector<std::string>{"a", "b"}));
+  std::fclose(batch);
   for (const int total : {kMaxCount, kMaxCount + 1}) {
     std::FILE* in = std::tmpfile();
     ASSERT_NE(in, nullptr);
@@ -149,6 +159,7 @@ TEST(NeighborList, HoldsAtMostTheLimitInAll) {
     ListFault fault;
     EXPECT_EQ(read_neighbor_list(in, 2, table, fault),
               total == kMaxCount ? ListStatus::ok : ListStatus::count_above_limit);
+    EXPECT_EQ(table.root_mol_id, (std::vector<int>{0, 1}));  // read before the count
     std::fclose(in);
   }
 }

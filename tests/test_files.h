@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <string>
 
@@ -62,6 +63,7 @@ inline LogScan scan_through_fifo(const std::string& bytes, std::size_t chunk, st
     }
     _exit(written && close(fd) == 0 ? 0 : 1);
   }
+  errno = EINTR;  // stale: only a failed call's errno may count
   const LogScan scan = scan_path(path, true, chunk, ends);
   int status = -1;
   waitpid(writer, &status, 0);
