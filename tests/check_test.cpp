@@ -1,7 +1,6 @@
-// Tests of the check of a crystal's outputs that its recorded runs (tests/cli/check_*) cannot
-// show cheaply: SCF counts of files too large to keep, the archive entry cut short, formulas
-// and JSON texts at their limits, and (when they are beside the project) the real outputs,
-// which the reader reads too.
+// What the checker's recorded runs (tests/cli/check_*) cannot show cheaply: SCF counts of files
+// too large to keep, a cut-off archive entry, formulas and JSON texts at their limits, and the
+// real engine outputs (when they are beside the project), read as the reader reads them too.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -22,7 +21,6 @@ const std::string kArchive =
     " -pVDZ\\\\t\\\\-1,2\\C,0.,0.,0.66\\C,0.,0.,-0.66\\H,0.,0.9,1.2\\H,0.,-0.9,1.2\\H,0.,0.\n"
     " 9,-1.2\\H,0.,-0.9,-1.2\\\\Version=X\\State=2-A\\HF=-78.05\\MP2=-78.3\\CCSD(T)=-78.\n"
     " 391\\RMSD=1.e-09\\PG=C01 [X(C2H4)]\\\\@\n";
-const std::string kNormal = " Normal termination of Gaussian 16 at Sun Nov 22 2026.\n";
 
 // A file is read whole up to head plus tail bytes; beyond, only its ends are seen.
 TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
@@ -34,8 +32,7 @@ TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
   } cases[] = {
       {"x\n" + scf + scf, 2, 2},
       {"x\n" + scf + pad + scf + scf, 3, 3},  // head and tail overlap
-      {"x\n" + scf + pad + std::string(kTailBytes, '\n') + scf + scf, -1,
-       3},  // ends only: 1 + 2 seen
+      {"x\n" + scf + pad + std::string(kTailBytes, '\n') + scf + scf, -1, 3},  // ends only
   };
   const std::string name = test_file_path(".log");
   for (const auto& c : cases) {
@@ -55,7 +52,7 @@ TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
 // Method names lose their R or U prefix only when a name follows.
 TEST(LogSummary, WholeArchiveEntriesAndMethodNames) {
   GaussianArchive a;
-  EXPECT_TRUE(read_gaussian_archive("text\n" + kArchive + kNormal, a));
+  EXPECT_TRUE(read_gaussian_archive("text\n" + kArchive + " Normal termination\n", a));
   EXPECT_FALSE(read_gaussian_archive("x\n" + kArchive.substr(0, kArchive.size() - 6), a));
   EXPECT_FALSE(read_gaussian_archive("x\n SCF Done\n", a));
   EXPECT_EQ(method_key("U"), "U");  // R and U are prefixes only when a name follows

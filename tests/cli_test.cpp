@@ -1,7 +1,5 @@
-// Black-box tests of the suite's programs: each case runs a built program in a fresh directory
-// and compares its standard output, standard error, exit status and files byte for byte.
-//
-// The recorded cases and their files are described in tests/cli/README.md.
+// Black-box tests of the suite's programs: each recorded case (tests/cli/README.md) runs a built
+// program in a fresh directory and compares its output, status and files byte for byte.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>

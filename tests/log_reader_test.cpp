@@ -1,7 +1,6 @@
-// Tests of the reader: its entry count and energy line on every reading path (in memory,
-// backward from a file's end, forward through a file or a pipe) against a plain line reader;
-// and of what the recorded runs in tests/cli/ cannot show: descriptors, the store released,
-// the neighbour limit. The real engine outputs are read in check_test.
+// Tests of the reader: its entry count and energy line on every path (in memory, backward, forward
+// through a file or a pipe) against a plain line reader; and what the recorded runs cannot show:
+// descriptors, the store released, what the lists keep. check_test reads the real outputs.
 #include "log_reader.h"
 
 #include <fcntl.h>
@@ -51,11 +50,9 @@ void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 40
   }
 }
 
-// The store's edge texts (whose exact results the recorded log_* runs pin), then texts
-// assembled at random from pieces that meet every rule of the store: markers, energy lines too
-// short, NULs, carriage returns, empty lines and runs of every length around the 16- and
-// 64-byte scan blocks and the 1023-character limit, so that markers fall across block and
-// entry boundaries.
+// The edge texts (whose results the recorded log_* runs pin), then texts assembled at random from
+// markers, short energy lines, NULs, CRs, empty lines and runs around the 16- and 64-byte scan
+// blocks and the 1023-character limit: markers fall across block and entry boundaries.
 TEST(LineStore, AgreesWithALineReaderOnEdgeAndRandomTexts) {
   for (const std::string& text : edge_texts()) expect_same_as_line_reader(text);
   const std::string pieces[] = {" SCF Done:  E(RB3LYP) =  -693.25  A.U. after 9 cycles",

@@ -44,9 +44,8 @@ inline LogScan scan_path(const std::string& path, bool count, std::size_t block,
   return scan;
 }
 
-// Reads `bytes` through a FIFO that a child process fills `chunk` bytes at a time, in blocks
-// of `chunk` bytes: a pipe has no length, and may deliver even a format header a few bytes
-// at a time.
+// Reads `bytes`, in blocks of `chunk`, through a FIFO that a child fills `chunk` bytes at a time:
+// a pipe has no length, and may deliver even a format header a few bytes at a time.
 inline LogScan scan_through_fifo(const std::string& bytes, std::size_t chunk, std::size_t ends) {
   const std::string path = test_file_path(".fifo");
   unlink(path.c_str());

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <fstream>
 #include <functional>
 
 namespace mmutil {
@@ -83,9 +83,7 @@ TEST(CountLines, CountsLineFeedsAndCarriageReturns) {
   const std::string path =
       testing::TempDir() + "mmutil_count_lines." + std::to_string(getpid()) + ".txt";
   for (const auto& [bytes, expected] : {std::pair{"a\r\nb\r\nc\r\n", 6}, {"a\nb", 1}, {"", 0}}) {
-    std::FILE* file = std::fopen(path.c_str(), "wb");
-    std::fputs(bytes, file);
-    std::fclose(file);
+    std::ofstream(path, std::ios::binary) << bytes;
     EXPECT_EQ(count_lines(path.c_str()), expected) << bytes;
   }
   EXPECT_EXIT(count_lines("no/such/file"), testing::ExitedWithCode(255), "");
