@@ -26,12 +26,12 @@ std::size_t entry_end(std::string_view text, std::size_t begin) {
   return newline != nullptr ? static_cast<const char*>(newline) - text.data() + 1 : begin + length;
 }
 
-// The text of the entry that spans [begin, end): cut at its first NUL, its trailing newline
-// dropped unless it stands alone (an empty line reads "\n").
+// The text of the entry that spans [begin, end) and holds the marker before any NUL: cut at its
+// first NUL, its trailing newline dropped.
 std::string_view entry_text(std::string_view text, std::size_t begin, std::size_t end) {
   std::string_view entry = text.substr(begin, end - begin);
   entry = entry.substr(0, entry.find('\0'));
-  if (entry.size() >= 2 && entry.back() == '\n') entry.remove_suffix(1);
+  if (entry.back() == '\n') entry.remove_suffix(1);
   return entry;
 }
 
@@ -60,12 +60,12 @@ bool find_energy_entry(std::string_view text, bool starts_file, std::string_view
   // entry other than the first: before the entry's first NUL and not across the 1023-character
   // split of a long line.
   std::size_t limit = text.size();
-  std::size_t line_begin = npos;  // start of the line of the previous occurrence
+  std::size_t line_begin = npos;  // start of the line of the previous occurrence; none: beyond all
   for (;;) {
     const std::size_t at = rfind_marker(text, marker, limit);
     if (at == npos) break;
     // An earlier occurrence on the same line shares its start: each line is looked up once.
-    if (line_begin == npos || at < line_begin) line_begin = line_start(text, at);
+    if (at < line_begin) line_begin = line_start(text, at);
     const std::size_t begin = line_begin + (at - line_begin) / kMaxEntryLength * kMaxEntryLength;
     if (begin == 0 && starts_file) break;  // the first entry is never examined
     const void* nul = std::memchr(text.data() + begin, '\0', at - begin);

@@ -4,18 +4,16 @@
 #include <cstdarg>
 #include <cstdio>
 
+// Measures the text first, then writes it into a string of that length: messages are few, and
+// none is cut at a buffer's end.
 std::string format_text(const char* format, ...) {
-  std::va_list args;
+  std::va_list args, again;
   va_start(args, format);
-  char buffer[1024];
-  const int length = std::vsnprintf(buffer, sizeof buffer, format, args);
+  va_copy(again, args);
+  const int length = std::vsnprintf(nullptr, 0, format, args);
   va_end(args);
-  std::string text(buffer, static_cast<std::size_t>(std::clamp<int>(length, 0, sizeof buffer - 1)));
-  if (length >= static_cast<int>(sizeof buffer)) {  // too long for the buffer: format it again
-    text.resize(static_cast<std::size_t>(length));
-    va_start(args, format);
-    std::vsnprintf(text.data(), text.size() + 1, format, args);
-    va_end(args);
-  }
+  std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, again);
+  va_end(again);
   return text;
 }

@@ -9,6 +9,7 @@
 
 #include "check_report.h"
 #include "chem_formula.h"
+#include "command_line.h"
 #include "crystal_findings.h"
 #include "log_summary.h"
 #include "test_files.h"
@@ -72,6 +73,12 @@ TEST(ChemFormula, HillOrderAndElectrons) {
   EXPECT_EQ(formula_electrons(""), -1);
   EXPECT_EQ(atomic_number("Rn"), 86);
   EXPECT_EQ(atomic_number("Redundant"), 0);
+}
+
+// -json is the checker's option only: the energy job takes it for an unknown word.
+TEST(CommandLine, JsonOnlyWhereAccepted) {
+  EXPECT_EQ(match_option("-json", true), Option::json);
+  EXPECT_EQ(match_option("-json", false), Option::none);
 }
 
 TEST(CheckReport, JsonStringsAndNumbers) {

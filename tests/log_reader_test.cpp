@@ -47,6 +47,7 @@ void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 40
     EXPECT_EQ(scan.head, bytes.substr(0, 100));
     EXPECT_EQ(scan.tail, bytes.substr(bytes.size() - std::min<std::size_t>(bytes.size(), 100)));
     EXPECT_EQ(scan.text_size, bytes.size());
+    EXPECT_TRUE(scan.whole_text || scan.marker_found);  // without a marker, all is read
   }
 }
 
@@ -127,11 +128,13 @@ TEST(LineStore, AFileThatShrinksIsAReadFailure) {
   close(fd);
 }
 
-// A directory named as an input is refused, and the descriptor opened to see it closed.
+// A directory named as an input is refused as a missing file is, and the descriptor opened to
+// see it closed.
 TEST(InputFile, ADirectoryIsRefusedWithoutADescriptorLeft) {
   struct stat info;
   const int descriptors = count_open_descriptors();
   EXPECT_EQ(open_input_fd(testing::TempDir().c_str(), info), -1);
+  EXPECT_EQ(open_input_fd("no/such/file", info), -1);
   EXPECT_EQ(count_open_descriptors(), descriptors);
 }
 
