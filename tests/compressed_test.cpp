@@ -1,7 +1,6 @@
-// Tests of compressed engine outputs: every format gives through the reader what the plain text
-// gives, whatever the stream boundaries; damaged and cut-off streams fail with the format's
-// reason; no decoder outlives its stream. The texts are compressed here with the libraries; a
-// format this build lacks skips. What the tool prints, the recorded compressed_* runs show.
+// Compressed outputs: each format (compressed here by its library; one this build lacks skips)
+// reads as its plain text across stream boundaries, fails with its reason when damaged or cut
+// off, and ends each stream's decoder. What the tool prints, the compressed_* runs show.
 #include <gtest/gtest.h>
 #include <malloc.h>
 

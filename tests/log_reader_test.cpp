@@ -128,8 +128,7 @@ TEST(LineStore, AFileThatShrinksIsAReadFailure) {
   close(fd);
 }
 
-// A directory named as an input is refused as a missing file is, and the descriptor opened to
-// see it closed.
+// A directory named as an input is refused as a missing file is, its descriptor closed.
 TEST(InputFile, ADirectoryIsRefusedWithoutADescriptorLeft) {
   struct stat info;
   const int descriptors = count_open_descriptors();

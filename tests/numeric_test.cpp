@@ -1,5 +1,4 @@
-// Tests of mmutil's random stream, 3x3 linear algebra, eigen-solver, Runge-Kutta steps,
-// regression and index sorts.
+// Tests of mmutil/numeric.h: random stream, 3x3 algebra, Jacobi, Runge-Kutta, fits, sorts.
 #include "mmutil/numeric.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,5 @@
-// Files and FIFOs of a test's own, and the reader run over them. ctest runs tests side by
-// side and another build may run the same test at the same time, so every name carries the
-// test's name and the process id.
+// Files and FIFOs of a test's own (ctest runs tests side by side, and other builds may run the
+// same ones: names carry the test's name and the process id), and the reader run over them.
 #ifndef GET_INTER_ENER_TEST_FILES_H
 #define GET_INTER_ENER_TEST_FILES_H
 
@@ -49,10 +48,7 @@ inline LogScan scan_path(const std::string& path, bool count, std::size_t block,
 inline LogScan scan_through_fifo(const std::string& bytes, std::size_t chunk, std::size_t ends) {
   const std::string path = test_file_path(".fifo");
   unlink(path.c_str());
-  if (mkfifo(path.c_str(), 0600) != 0) {
-    ADD_FAILURE() << "cannot make the FIFO " << path;
-    return {};
-  }
+  EXPECT_EQ(mkfifo(path.c_str(), 0600), 0) << path;  // without it, the reading fails to open
   const pid_t writer = fork();
   if (writer == 0) {
     const int fd = open(path.c_str(), O_WRONLY);
