@@ -1,6 +1,6 @@
 # The libraries that decode compressed engine outputs, found here so that the tool and the
 # tests see the same ones. Each format whose library is found adds to
-#   COMPRESSION_DECODERS     its decoder's source in src/
+#   COMPRESSION_DECODERS     its decoder's source in src/reader/
 #   COMPRESSION_LIBRARIES    the library's target
 #   COMPRESSION_DEFINITIONS  WITH_ZLIB, WITH_BZIP2, WITH_LZMA or WITH_ZSTD
 #   COMPRESSION_FORMATS      its name: gzip, bzip2, xz or zstd

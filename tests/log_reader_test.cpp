@@ -1,6 +1,6 @@
 // Tests of the reader: its entry count and energy line on every path (in memory, backward, forward
-// through a file or a pipe) against a plain line reader; and what the recorded runs cannot show:
-// descriptors, the store released, what the lists keep. check_test reads the real outputs.
+// through a file or a pipe) against a plain line reader, every descriptor closed, and a file
+// that shrinks while it is read. real_outputs_test reads the real outputs.
 #include "log_reader.h"
 
 #include <fcntl.h>
@@ -9,21 +9,12 @@
 #include <cstdio>
 #include <random>
 
-#include "driver.h"
-#include "input_file.h"
-#include "input_lists.h"
 #include "reference_line_reader.h"
 #include "test_files.h"
 
 namespace {
 
 using namespace std::string_literals;
-
-int count_open_descriptors() {
-  int open = 0;
-  for (int fd = 0; fd < 1024; ++fd) open += fcntl(fd, F_GETFD) != -1;
-  return open;
-}
 
 // Compares the count and the search with the reference line reader on `bytes`: in memory,
 // and read from a file backward and forward with blocks of `block` bytes.
@@ -54,7 +45,7 @@ void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 40
 // The edge texts (whose results the recorded log_* runs pin), then texts assembled at random from
 // markers, short energy lines, NULs, CRs, empty lines and runs around the 16- and 64-byte scan
 // blocks and the 1023-character limit: markers fall across block and entry boundaries.
-TEST(LineStore, AgreesWithALineReaderOnEdgeAndRandomTexts) {
+TEST(LogReader, AgreesWithALineReaderOnEdgeAndRandomTexts) {
   for (const std::string& text : edge_texts()) expect_same_as_line_reader(text);
   const std::string pieces[] = {" SCF Done:  E(RB3LYP) =  -693.25  A.U. after 9 cycles",
                                 "SCF Done",
@@ -93,7 +84,7 @@ TEST(LineStore, AgreesWithALineReaderOnEdgeAndRandomTexts) {
 
 // A pipe has no length: its bytes are read to the end, with the same entries as from a file,
 // whether it holds less than a format header or many blocks.
-TEST(LineStore, ReadsAPipeWhole) {
+TEST(LogReader, ReadsAPipeWhole) {
   std::string bytes = "head\n SCF Done:  E(X) =  -7.25  A.U.\n";
   for (int i = 0; i < 20000; ++i) bytes += "tail line " + std::to_string(i) + "\n";
   const std::string shorter_than_a_header = "a\n\nb";
@@ -110,7 +101,7 @@ TEST(LineStore, ReadsAPipeWhole) {
 
 // A file cut short by another process after it was opened: the backward reading meets the
 // end early and says so, instead of taking a wrong line or dying of a signal.
-TEST(LineStore, AFileThatShrinksIsAReadFailure) {
+TEST(LogReader, AFileThatShrinksIsAReadFailure) {
   std::string bytes = "head\n SCF Done:  E(X) =  -7.25  A.U.\n";
   bytes += std::string(10000, 'x') + "\n";
   const std::string path = write_temp(bytes);
@@ -126,49 +117,6 @@ TEST(LineStore, AFileThatShrinksIsAReadFailure) {
     EXPECT_FALSE(scan.marker_found);
   }
   close(fd);
-}
-
-// A directory named as an input is refused as a missing file is, its descriptor closed.
-TEST(InputFile, ADirectoryIsRefusedWithoutADescriptorLeft) {
-  struct stat info;
-  const int descriptors = count_open_descriptors();
-  EXPECT_EQ(open_input_fd(testing::TempDir().c_str(), info), -1);
-  EXPECT_EQ(open_input_fd("no/such/file", info), -1);
-  EXPECT_EQ(count_open_descriptors(), descriptors);
-}
-
-// The lists hold what their counts say: one trimmed line per job, however many lines follow;
-// each site's own number, minus 1, though it takes no part in the tables.
-TEST(InputLists, HoldWhatTheirCountsSay) {
-  std::FILE* batch = std::tmpfile();
-  std::FILE* neighbors = std::tmpfile();
-  ASSERT_TRUE(batch != nullptr && neighbors != nullptr);
-  std::fputs("2\n a \nb\nc\n", batch);
-  std::fputs("a\nb\n2\n7\n0\n-3\n0\n", neighbors);
-  std::rewind(batch);
-  std::rewind(neighbors);
-  BatchList list;
-  EXPECT_EQ(read_batch_list(batch, list), ListStatus::ok);
-  EXPECT_EQ(list.job_lines, (std::vector<std::string>{"a", "b"}));
-  NeighborTable table;
-  ListFault fault;
-  EXPECT_EQ(read_neighbor_list(neighbors, 2, table, fault), ListStatus::ok);
-  EXPECT_EQ(table.root_mol_id, (std::vector<int>{6, -4}));
-  std::fclose(batch);
-  std::fclose(neighbors);
-}
-
-// The driver releases each output's store once its energy is taken, the last one too.
-TEST(LineStore, TheBatchLeavesNoStoreBehind) {
-  const std::string log =
-      write_temp("head\n SCF Done:  E(X) =  -7.25  A.U.\n" + std::string(99, 'x'));
-  std::FILE* batch = std::tmpfile();
-  ASSERT_NE(batch, nullptr);
-  std::fprintf(batch, "1\n%s %s %s\n", log.c_str(), log.c_str(), log.c_str());
-  std::rewind(batch);
-  EXPECT_EQ(read_batch_jobs(batch, "jobs", 1).U_nM.at(0), -7.25 * hartree_to_meV);
-  std::fclose(batch);
-  EXPECT_TRUE(g_log_data.energy_entry.empty() && g_log_data.tail.empty());
 }
 
 }  // namespace

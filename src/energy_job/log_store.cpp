@@ -1,5 +1,5 @@
-// The process-wide store and the reports of the reader that end the run.
-#include "log_reader.h"
+// The process-wide store and the reports that end the run.
+#include "log_store.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
-// Reading quantum-chemistry output files: the entries of a file's text, the search for its
-// final single-point (SCF) energy line, and the process-wide store that holds what the driver
-// needs of one file at a time.
+// Reading quantum-chemistry output files: the entries of a file's text and the search for its
+// final single-point (SCF) energy line. Every outcome is a returned status: nothing here prints
+// or ends the process.
 //
 // A file's entries are what a line read through a 1024-byte buffer yields: at most 1023
 // characters, so a longer physical line becomes several consecutive entries, the last ending
@@ -103,26 +103,5 @@ bool find_energy_entry(std::string_view text, bool starts_file, std::string_view
 // The energy line of a whole text held in memory, and its energy. Engine codes above 4 are
 // unknown; codes of 0 and below are taken as 1.
 SpEnerResult scan_sp_ener(std::string_view text, int engine_code);
-
-// The process-wide store: what the driver keeps of the one file it is reading.
-extern LogScan g_log_data;
-
-// Number of entries of the process-wide store (counted only with -verbose).
-inline std::uint64_t g_data_nlen() { return g_log_data.entry_count; }
-
-// Reads `file_name` into the process-wide store; with -verbose counts its entries and prints
-// "INFO: number of lines in NAME is COUNT". A file that cannot be opened is reported as
-// "Failed to open input file: NAME", one that cannot be read as
-// "Failed to read input file: NAME: REASON", with the error header, and ends the process.
-const LogScan& load_log_file(const char* file_name);
-
-// Empties the process-wide store before the next file is loaded.
-void release_log_store();
-
-// The energy, in hartree, of the file in the process-wide store; `file_name` names it in
-// messages. With -verbose prints "INFO: string 'MARKER' found in NAME". An unknown engine, a
-// missing marker or an energy line of fewer than five fields is reported with the error
-// header and ends the process.
-double find_sp_ener(const char* file_name, int engine_code);
 
 #endif  // GET_INTER_ENER_LOG_READER_H

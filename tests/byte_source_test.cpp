@@ -1,12 +1,13 @@
 // Compressed outputs: each format (compressed here by its library; one this build lacks skips)
 // reads as its plain text across stream boundaries, fails with its reason when damaged or cut
 // off, and ends each stream's decoder. What the tool prints, the compressed_* runs show.
+#include "byte_source.h"
+
 #include <gtest/gtest.h>
 #include <malloc.h>
 
 #include <algorithm>
 
-#include "byte_source.h"
 #include "log_reader.h"
 #include "reference_line_reader.h"
 #include "test_files.h"

@@ -7,7 +7,7 @@
 #include "driver.h"
 #include "error_report.h"
 #include "input_lists.h"
-#include "log_reader.h"
+#include "log_store.h"
 #include "mmutil/text.h"
 
 SiteEnergies read_batch_jobs(std::FILE* batch, const std::string& batch_name, int engine_code) {

@@ -1,0 +1,19 @@
+// The JSON document's strings and numbers at their limits; the documents themselves are in the
+// recorded check_json_* runs.
+#include "check_report.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+TEST(CheckReport, JsonStringsAndNumbers) {
+  EXPECT_EQ(json_string("a\"b\\c\n\t\x01\xc3\xa9"), "\"a\\\"b\\\\c\\n\\t\\u0001\xc3\xa9\"");
+  EXPECT_EQ(json_string("\r\b\f\x1f "), "\"\\r\\b\\f\\u001f \"");
+  EXPECT_EQ(shortest_number(-693.329689346), "-693.329689346");
+  EXPECT_EQ(shortest_number(0.1), "0.1");
+  EXPECT_EQ(std::strtod(shortest_number(1.0 / 3).c_str(), nullptr), 1.0 / 3);
+}
+
+}  // namespace

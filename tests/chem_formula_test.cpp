@@ -1,0 +1,26 @@
+// Formulas and element symbols at their limits.
+#include "chem_formula.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+TEST(ChemFormula, HillOrderAndElectrons) {
+  EXPECT_EQ(hill_formula({"h", "C", "cl", "C"}), "C2HCl");  // counts of 1 unwritten, as archives do
+  EXPECT_EQ(hill_formula({"O", "H", "H"}), "H2O");          // no carbon: alphabetical
+  EXPECT_EQ(formula_electrons("C18H12"), 120);
+  EXPECT_EQ(formula_electrons("C2Q4"), -1);
+  EXPECT_EQ(formula_electrons("Rn999999Xe999999"), -1);  // corrupt
+  EXPECT_EQ(formula_electrons("H1000001"), -1);          // more than a million of one atom
+  std::string most;  // the most electrons a formula may count: a hundred million
+  for (int k = 0; k < 100; ++k) most += "H1000000";
+  EXPECT_EQ(formula_electrons(most), 100000000);
+  EXPECT_EQ(formula_electrons(most + "H"), -1);
+  EXPECT_EQ(formula_electrons(""), -1);
+  EXPECT_EQ(atomic_number("Rn"), 86);
+  EXPECT_EQ(atomic_number("Redundant"), 0);
+}
+
+}  // namespace

@@ -1,0 +1,69 @@
+// The real engine outputs (when they are beside the project, in ../shared/qc-logs/), read as the
+// energy job's reader reads them and classified as the check classifies them.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "crystal_findings.h"
+#include "crystal_inputs.h"
+#include "log_reader.h"
+#include "test_files.h"
+
+namespace {
+
+// The real outputs, as their manifest describes them: read forward and backward (line count,
+// energy), and checked in all three roles of a site (engine, termination, its one finding).
+TEST(RealOutputs, AreReadAndClassified) {
+  const std::string dir = QC_LOGS_DIR;
+  std::ifstream manifest(dir + "/MANIFEST.tsv");
+  if (!manifest) GTEST_SKIP() << "no engine outputs at " << dir;
+  const std::map<std::string, std::string> findings = {
+      // besides no-energy-line elsewhere
+      {"gaussian_g09-D.01_mp2-sp.log", "not-scf-energy"},
+      {"gaussian_g16-A.03_ccsdt-sp.log", "not-scf-energy"},
+      {"gaussian_g16-A.03_b3lyp-td.log", "not-scf-energy"},
+      {"gaussian_g16-A.03_b3lyp-freq.log", "frequency-job"},
+      {"gaussian_g16-A.03_b3lyp-scan.log", "several-scf-energies"}};
+  std::string line;
+  std::getline(manifest, line);  // column names
+  int checked = 0;
+  for (; std::getline(manifest, line); ++checked) {
+    std::vector<std::string> cells;
+    std::istringstream fields(line);
+    for (std::string cell; std::getline(fields, cell, '\t');) cells.push_back(cell);
+    SCOPED_TRACE(cells.at(0));
+    FileRow row;
+    row.file = dir + "/" + cells.at(0);
+    const LogScan forward = scan_path(row.file, true, 128 * 1024, 0);
+    EXPECT_EQ(forward.entry_count, std::stoul(cells.at(5)));  // no long lines
+    char energy[32] = "NONE";  // as the manifest gives it: %.15g, or NONE
+    if (forward.marker_found) {
+      std::snprintf(energy, sizeof energy, "%.15g",
+                    sp_ener_from_line(forward.energy_entry).hartree);
+    }
+    EXPECT_EQ(energy, cells.at(9));
+    EXPECT_EQ(scan_path(row.file, false, 128 * 1024, 0).energy_entry, forward.energy_entry);
+    read_file_row(row);
+    EXPECT_EQ(engine_name(row.summary.engine), cells.at(1));
+    EXPECT_EQ(row.summary.termination, Termination::normal);
+    CrystalInputs in;
+    in.batch_opened = true;
+    in.sites.push_back({1, "f f f", {0, 0, 0}});
+    in.rows = {row};
+    std::string found;
+    for (const Finding& f : check_crystal(in)) {
+      if (f.code != "same-file-two-roles" && f.code != "charge-mismatch") found += f.code;
+    }
+    EXPECT_EQ(found, cells.at(1) != "Gaussian"          ? "no-energy-line"
+                     : findings.count(cells.at(0)) != 0 ? findings.at(cells.at(0))
+                                                        : "");
+  }
+  EXPECT_EQ(checked, 12);
+}
+
+}  // namespace
