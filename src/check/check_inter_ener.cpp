@@ -1,6 +1,7 @@
 // check_inter_ener: tells, before a run of get_inter_ener with the same options, what is wrong
 // with the outputs that run would read: files that would stop it, energies that are likely not
 // the ones the tables need, and what is worth knowing about how they are taken.
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -66,7 +67,8 @@ int main(int argc, char** argv) {
         break;
     }
   }
-  const CrystalInputs inputs = read_crystal(batch_name, engine_code);
+  CrystalInputs inputs = read_crystal(batch_name, engine_code);
+  inputs.arguments.assign(argv + std::min(argc, 1), argv + argc);
   const std::vector<Finding> findings = check_crystal(inputs);
   if (json) {
     print_check_json(stdout, inputs, findings);

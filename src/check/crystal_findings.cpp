@@ -5,6 +5,7 @@
 #include <set>
 
 #include "chem_formula.h"
+#include "command_line.h"
 #include "text_format.h"
 
 namespace {
@@ -61,6 +62,182 @@ void check_lists(const CrystalInputs& in, Findings& out) {
                 refusal(in.neighbor_status,
                         neighbor_list_message(in.neighbor_status, in.neighbors, in.neighbor_fault,
                                               in.batch.job_count, in.batch_name)));
+  }
+}
+
+// The batch list's text against what the job reads of it: job lines it repeats because the
+// file ended, job lines it never reads because the count is lower.
+void check_batch_text(const CrystalInputs& in, Findings& out) {
+  const BatchList& b = in.batch;
+  if (b.lines_read < b.job_count) {
+    const int first = b.lines_read + 1;
+    const std::string sites = first < b.job_count
+                                  ? format_text("sites %d to %d", first, b.job_count)
+                                  : format_text("site %d", first);
+    out.add("job-count-above-lines", Severity::wrong_number, first, in.batch_name,
+            format_text("the job count %d on line 1 is above the %d job line(s) that follow: "
+                        "get_inter_ener repeats the last line read for %s",
+                        b.job_count, b.lines_read, sites.c_str()));
+  }
+  if (in.batch_unread_lines > 0) {
+    out.add("job-count-below-lines", Severity::wrong_number, 0, in.batch_name,
+            format_text("%d more line(s) follow the %d job(s) that the count on line 1 gives: "
+                        "get_inter_ener never reads them, and the tables have %d site(s)",
+                        in.batch_unread_lines, b.job_count, b.job_count));
+  }
+}
+
+// Whether the sites' own numbers, as read, are 1..n in some order.
+bool is_permutation_of_sites(const std::vector<int>& roots) {
+  std::vector<int> sorted = roots;
+  std::sort(sorted.begin(), sorted.end());
+  for (std::size_t i = 0; i < sorted.size(); ++i) {
+    if (sorted[i] != static_cast<int>(i)) return false;
+  }
+  return true;
+}
+
+// The neighbour table's text against what the job reads of it. The job reads one number a
+// line, block after block, in file order; the site's own number that opens each block takes
+// no part in the tables, so a block out of place goes unnoticed by the job.
+void check_neighbor_text(const CrystalInputs& in, Findings& out) {
+  if (!in.neighbors_opened || in.neighbor_status != ListStatus::ok) return;
+  const NeighborTable& t = in.neighbors;
+  bool misread = false;
+  if (t.site_past_end > 0) {
+    misread = true;
+    out.add("neighbor-table-cut-short", Severity::wrong_number, t.site_past_end, kNeighborFile,
+            format_text("the table ends inside the block of site %d: get_inter_ener repeats the "
+                        "last number read for every number after it",
+                        t.site_past_end));
+  }
+  if (t.several_numbers_site > 0) {
+    misread = true;
+    out.add("neighbor-several-numbers", Severity::wrong_number, t.several_numbers_site,
+            kNeighborFile,
+            format_text("the line \"%s\" in the block of site %d holds several numbers: "
+                        "get_inter_ener reads one number a line, the first, and takes the next "
+                        "from the next line",
+                        t.several_numbers_line.c_str(), t.several_numbers_site));
+  }
+  // The first block whose own number is not its place in the file.
+  int site = 0;
+  for (std::size_t i = 0; i < t.root_mol_id.size() && site == 0; ++i) {
+    if (t.root_mol_id[i] != static_cast<int>(i)) site = static_cast<int>(i) + 1;
+  }
+  if (site > 0) {
+    const long long written = static_cast<long long>(t.root_mol_id[site - 1]) + 1;
+    if (!misread && in.neighbor_unread_lines == 0 && is_permutation_of_sites(t.root_mol_id)) {
+      out.add("neighbor-blocks-out-of-order", Severity::wrong_number, site, kNeighborFile,
+              format_text("the block read as site %d is written for site %lld: get_inter_ener "
+                          "takes the blocks in file order, so site %d gets the neighbours "
+                          "written for site %lld",
+                          site, written, site, written));
+    } else if (site == 1) {
+      out.add("neighbor-count-mismatch", Severity::wrong_number, site, kNeighborFile,
+              format_text("the first block begins with %lld where the site number 1 stands: "
+                          "every block is read shifted",
+                          written));
+    } else {
+      out.add("neighbor-count-mismatch", Severity::wrong_number, site, kNeighborFile,
+              format_text("the block read as site %d begins with %lld where its site number "
+                          "stands: site %d's neighbour count, %zu, is likely not the number of "
+                          "neighbours listed, and every block after it is read shifted",
+                          site, written, site - 1, t.neighbor_mol_id[site - 2].size()));
+    }
+    misread = true;
+  }
+  if (!misread && in.neighbor_unread_lines > 0) {
+    out.add("neighbor-table-extra-lines", Severity::wrong_number, 0, kNeighborFile,
+            format_text("%d more line(s) follow the block of the last site: get_inter_ener never "
+                        "reads them (is the last site's neighbour count below the neighbours "
+                        "listed?)",
+                        in.neighbor_unread_lines));
+  }
+}
+
+// Site tables that the run leaves in place beside the ones it writes.
+void check_stale_tables(const CrystalInputs& in, Findings& out) {
+  if (in.stale_tables.empty()) return;
+  std::string names;
+  const std::size_t shown = std::min<std::size_t>(in.stale_tables.size(), 4);
+  for (std::size_t i = 0; i < shown; ++i) names += (i > 0 ? ", " : "") + in.stale_tables[i];
+  if (shown < in.stale_tables.size()) names += ", ...";
+  out.add("stale-site-tables", Severity::wrong_number, 0, in.stale_tables[0],
+          format_text("%zu site table(s) in the directory are not of this crystal's %d site(s) "
+                      "(%s): get_inter_ener leaves them, and a later stage that reads every "
+                      "EH*.dat and EL*.dat takes their numbers",
+                      in.stale_tables.size(), in.batch.job_count, names.c_str()));
+}
+
+// The distance between two short words: insertions, deletions and substitutions.
+std::size_t edit_distance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t above = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+      diagonal = above;
+    }
+  }
+  return row[b.size()];
+}
+
+// An option of the energy job as its usage text writes it.
+struct JobOption {
+  const char* name;
+  Option option;
+};
+
+// The option of the energy job that a skipped argument most likely meant: the same word with
+// other dashes ("--batch"), or a word of four letters or more at most two letters away
+// ("-qcflg"); nullptr otherwise.
+const JobOption* meant_option(const std::string& arg) {
+  static const JobOption kOptions[] = {{"-verbose", Option::verbose},
+                                       {"-batch", Option::batch},
+                                       {"-neighbor", Option::neighbor},
+                                       {"-qcflag", Option::qcflag},
+                                       {"-help", Option::help}};
+  const std::size_t dashes = arg.find_first_not_of('-');
+  if (dashes == 0 || dashes == std::string::npos) return nullptr;
+  const std::string word = arg.substr(dashes);
+  for (const JobOption& o : kOptions) {
+    const std::string name = o.name + 1;
+    if (word == name || (word.size() >= 4 && edit_distance(word, name) <= 2)) return &o;
+  }
+  return nullptr;
+}
+
+// The arguments that the energy job skips without a word, and what it does instead: it
+// matches its options by prefix and passes over anything else.
+void check_arguments(const CrystalInputs& in, Findings& out) {
+  const std::vector<std::string>& args = in.arguments;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const Option option = match_option(args[i].c_str(), false);
+    if (option != Option::none) {
+      i += takes_value(option);
+      continue;
+    }
+    if (match_option(args[i].c_str(), true) == Option::json) continue;  // the check's own
+    const JobOption* meant = meant_option(args[i]);
+    const Option meant_as = meant != nullptr ? meant->option : Option::none;
+    std::string skipped = "\"" + args[i] + "\"";
+    // The value after a misspelt option is skipped too, unless it is an option itself.
+    if (takes_value(meant_as) && i + 1 < args.size() &&
+        match_option(args[i + 1].c_str(), false) == Option::none) {
+      skipped += " and \"" + args[++i] + "\"";
+    }
+    std::string effect = "and runs on";
+    if (meant_as == Option::batch) effect = "and reads " + in.batch_name;
+    if (meant_as == Option::qcflag)
+      effect = format_text("and takes engine code %d", in.engine_code);
+    const std::string hint =
+        meant != nullptr ? format_text(" (%s was likely meant)", meant->name) : "";
+    out.add("skipped-argument", Severity::wrong_number, 0, "",
+            "get_inter_ener skips " + skipped + " without a word " + effect + hint);
   }
 }
 
@@ -275,7 +452,13 @@ const char* severity_name(Severity severity) {
 
 std::vector<Finding> check_crystal(const CrystalInputs& in) {
   Findings out;
+  check_arguments(in, out);
   check_lists(in, out);
+  if (in.batch_opened && in.batch_status == ListStatus::ok) {
+    check_batch_text(in, out);
+    check_neighbor_text(in, out);
+    check_stale_tables(in, out);
+  }
   for (const FileRow& row : in.rows) check_energy_line(row, out);
   for (const SiteJob& site : in.sites) {
     if (site.rows[0] < 0) {

@@ -1,9 +1,15 @@
 #include "crystal_inputs.h"
 
+#include <dirent.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
 #include <map>
 
 #include "input_file.h"
 #include "mmutil/text.h"
+#include "text_format.h"
 
 namespace {
 
@@ -34,6 +40,27 @@ void fill_file_row(const LogScan& scan, FileRow& row) {
   }
 }
 
+// The names in the working directory of site tables ("EHnn.dat", "ELnn.dat", as the energy job
+// names them) of sites outside 1..site_count.
+std::vector<std::string> stale_site_tables(int site_count) {
+  std::vector<std::string> names;
+  DIR* dir = opendir(".");
+  if (dir == nullptr) return names;
+  while (const dirent* entry = readdir(dir)) {
+    const std::string name = entry->d_name;
+    if (name.size() < 8 || name[0] != 'E' || (name[1] != 'H' && name[1] != 'L') ||
+        !std::isdigit(static_cast<unsigned char>(name[2]))) {
+      continue;
+    }
+    const int site = std::atoi(name.c_str() + 2);
+    if (site >= 1 && site <= site_count) continue;
+    if (name == format_text("E%c%02d.dat", name[1], site)) names.push_back(name);
+  }
+  closedir(dir);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
 }  // namespace
 
 void read_file_row(FileRow& row) {
@@ -53,8 +80,10 @@ CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {
   in.batch_opened = batch != nullptr;
   if (batch == nullptr) return in;
   in.batch_status = read_batch_list(batch, in.batch);
+  if (in.batch_status == ListStatus::ok) in.batch_unread_lines = count_unread_lines(batch);
   std::fclose(batch);
   if (in.batch_status != ListStatus::ok) return in;
+  in.stale_tables = stale_site_tables(in.batch.job_count);
 
   std::map<std::string, int> seen_lines, seen_files;
   std::vector<std::string> names;
@@ -84,6 +113,7 @@ CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {
   if (table == nullptr) return in;
   in.neighbor_status =
       read_neighbor_list(table, in.batch.job_count, in.neighbors, in.neighbor_fault);
+  if (in.neighbor_status == ListStatus::ok) in.neighbor_unread_lines = count_unread_lines(table);
   std::fclose(table);
   return in;
 }

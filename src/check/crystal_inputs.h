@@ -44,11 +44,13 @@ struct SiteJob {
 };
 
 struct CrystalInputs {
+  std::vector<std::string> arguments;  // the command line after the program's name
   std::string batch_name;
   int engine_code = 1;
   bool batch_opened = false;
   ListStatus batch_status = ListStatus::ok;
   BatchList batch;
+  int batch_unread_lines = 0;  // lines after the last job line, which are not read
   std::vector<SiteJob> sites;
   std::vector<FileRow> rows;
   bool neighbors_read = false;  // the table was read (the batch list was usable)
@@ -56,6 +58,10 @@ struct CrystalInputs {
   ListStatus neighbor_status = ListStatus::ok;
   NeighborTable neighbors;
   ListFault neighbor_fault;
+  int neighbor_unread_lines = 0;  // lines after the last site's block, which are not read
+  // Site tables in the working directory that this batch list does not write ("EH05.dat"
+  // beside 4 sites), in name order.
+  std::vector<std::string> stale_tables;
 };
 
 // Reads the output `row.file` (its first kHeadBytes and last kTailBytes bytes, and its energy
@@ -67,7 +73,8 @@ struct CrystalInputs {
 void read_file_row(FileRow& row);
 
 // Reads the batch list `batch_name` from the working directory, each distinct file it names,
-// and "neighbor.dat" (checked against the job count). Nothing ends the process.
+// "neighbor.dat" (checked against the job count), and the names of the site tables already
+// there. Nothing ends the process.
 //
 //   read_crystal("int_ener_files.dat", 1) on the example crystal -> 3 sites, 9 rows
 CrystalInputs read_crystal(const std::string& batch_name, int engine_code);

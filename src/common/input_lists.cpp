@@ -1,6 +1,7 @@
 #include "input_lists.h"
 
 #include <algorithm>
+#include <cctype>
 #include <climits>
 #include <cstdlib>
 
@@ -10,11 +11,37 @@
 namespace {
 
 // Reads the next line into `line`. At the end of the file the buffer keeps the last line
-// read, so it repeats.
-void read_line(std::FILE* in, char (&line)[256]) { (void)std::fgets(line, sizeof line, in); }
+// read, so it repeats: returns false then.
+bool read_line(std::FILE* in, char (&line)[256]) {
+  return std::fgets(line, sizeof line, in) != nullptr;
+}
 
 int read_number(std::FILE* in, char (&line)[256]) {
   read_line(in, line);
+  return read_int(line);
+}
+
+// Whether `line` holds a second number after the one read_int() takes: "2 3", "2,3".
+bool holds_several_numbers(const char* line) {
+  char* end = nullptr;
+  (void)std::strtoll(line, &end, 10);
+  if (end == line) return false;
+  for (; *end != '\0'; ++end) {
+    if (std::isdigit(static_cast<unsigned char>(*end))) return true;
+  }
+  return false;
+}
+
+// Reads one number of a site's block as read_number() does, and notes for the check where the
+// text says more than is read: a number past the end of the file, a line of several numbers.
+int read_site_number(std::FILE* in, char (&line)[256], int site, NeighborTable& table) {
+  if (!read_line(in, line)) {
+    if (table.site_past_end == 0) table.site_past_end = site;
+  } else if (table.several_numbers_site == 0 && holds_several_numbers(line)) {
+    table.several_numbers_site = site;
+    table.several_numbers_line = line;
+    mmutil::trim(table.several_numbers_line);
+  }
   return read_int(line);
 }
 
@@ -37,8 +64,9 @@ ListStatus read_batch_list(std::FILE* batch, BatchList& list) {
   list.job_lines.clear();
   const ListStatus status = check_count(list.job_count);
   if (status != ListStatus::ok) return status;
+  list.lines_read = 0;
   for (int j = 0; j < list.job_count; ++j) {
-    read_line(batch, line);
+    list.lines_read += read_line(batch, line);
     mmutil::c_trim(line);
     list.job_lines.emplace_back(line);
   }
@@ -53,14 +81,16 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
   table.nmols_uc = read_number(in, line);
   table.root_mol_id.clear();
   table.neighbor_mol_id.clear();
+  table.site_past_end = table.several_numbers_site = 0;
+  table.several_numbers_line.clear();
   if (table.nmols_uc != site_count) return ListStatus::site_count_mismatch;
   int listed = 0;  // neighbours of the sites before this one
   for (int s = 1; s <= site_count; ++s) {
     fault.site = s;
     // The site's own number takes no part in the tables; the lowest int has no predecessor.
-    const int root = read_number(in, line);
+    const int root = read_site_number(in, line, s, table);
     table.root_mol_id.push_back(root > INT_MIN ? root - 1 : root);
-    fault.value = read_number(in, line);  // the neighbour count
+    fault.value = read_site_number(in, line, s, table);  // the neighbour count
     const ListStatus status = check_count(fault.value);
     if (status != ListStatus::ok) return status;
     if (fault.value > kMaxCount - listed) return ListStatus::count_above_limit;
@@ -68,7 +98,7 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
     std::vector<int>& neighbors = table.neighbor_mol_id.emplace_back();
     neighbors.reserve(static_cast<std::size_t>(fault.value));
     for (int k = fault.value; k > 0; --k) {
-      const int number = read_number(in, line);
+      const int number = read_site_number(in, line, s, table);
       if (number < 1 || number > site_count) {
         fault.value = number;
         return ListStatus::neighbor_out_of_range;
@@ -77,6 +107,20 @@ ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& tabl
     }
   }
   return ListStatus::ok;
+}
+
+int count_unread_lines(std::FILE* in) {
+  int count = 0;
+  bool blank = true;  // the line so far holds only blanks
+  for (int c = std::getc(in); c != EOF; c = std::getc(in)) {
+    if (c == '\n') {
+      count += !blank;
+      blank = true;
+    } else if (!std::isspace(c)) {
+      blank = false;
+    }
+  }
+  return count + !blank;
 }
 
 std::string batch_open_message(const std::string& batch_name) {

@@ -16,6 +16,9 @@ constexpr int kMaxCount = 100000;
 struct BatchList {
   int job_count = 0;
   std::vector<std::string> job_lines;
+  // Job lines read from the file; those after them repeat the last line read, because the
+  // file ended. The energy job does not look at it; the check does.
+  int lines_read = 0;
 };
 
 enum class ListStatus {
@@ -46,6 +49,13 @@ struct NeighborTable {
   int nmols_uc = 0;                               // the number of sites the file states
   std::vector<int> root_mol_id;                   // each site's own number as written, minus 1
   std::vector<std::vector<int>> neighbor_mol_id;  // each site's neighbours, in file order
+  // Where the text says something other than what is read, for the check (the energy job
+  // does not look): the first site (1-based) at which a number was read after the end of the
+  // file, so that it repeats the last one, or 0; and the first line that held more than one
+  // number, of which only the first is read, with its site, or 0 and "".
+  int site_past_end = 0;
+  int several_numbers_site = 0;
+  std::string several_numbers_line;
 };
 
 // Where reading the neighbour table stopped: the 1-based site and the number at fault.
@@ -62,6 +72,12 @@ struct ListFault {
 // neighbour outside the sites.
 ListStatus read_neighbor_list(std::FILE* in, int site_count, NeighborTable& table,
                               ListFault& fault);
+
+// The number of lines left in `in` that hold more than blanks: what a list holds after the
+// part that is read. Reads to the end of the file.
+//
+//   "\n 7\n\n8\n"  ->  2
+int count_unread_lines(std::FILE* in);
 
 // The messages with which the energy job refuses its lists, so that every program of the suite
 // quotes them in the same words. Each ends with a newline.
