@@ -26,7 +26,8 @@ void print_usage(const std::string& prog) {
       "  -neighbor                 : accepted; neighbor.dat is always checked\n"
       "  -qcflag [1 | 2 | 3 | 4]   : the engine code get_inter_ener would be given\n"
       "  -verbose                  : accepted; changes nothing\n"
-      "  -json                     : one JSON document instead of the table\n"
+      "  -json, --json             : one JSON document instead of the table\n"
+      "  --version                 : prints the version\n"
       "\n"
       "Exit status: 0 nothing found, 1 findings that do not stop the run, 2 the run would stop.\n"
       "e.g.:\n"
@@ -60,6 +61,9 @@ int main(int argc, char** argv) {
         break;
       case Option::help:
         print_usage(prog);
+        return 0;
+      case Option::version:
+        std::printf("check_inter_ener %s\n", VERSION_TEXT);
         return 0;
       case Option::verbose:
       case Option::neighbor:

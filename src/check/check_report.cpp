@@ -1,8 +1,10 @@
 #include "check_report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
+#include "text_cells.h"
 #include "text_format.h"
 
 namespace {
@@ -20,14 +22,34 @@ std::string energy_text(const FileRow& row) {
 
 std::string or_dash(const std::string& text) { return text.empty() ? "-" : text; }
 
-std::vector<std::string> row_cells(const FileRow& row) {
+// One listing of a file in the batch list: the site and role that name it, and the file.
+struct Listing {
+  int site;
+  int role;
+  const FileRow& row;
+};
+
+// Every file of every site, in the batch list's order: a file named twice, or a job line that
+// repeats an earlier one, is shown at each place.
+std::vector<Listing> listings(const CrystalInputs& in) {
+  std::vector<Listing> all;
+  for (const SiteJob& site : in.sites) {
+    for (int f = 0; f < 3; ++f) {
+      if (site.rows[f] >= 0) all.push_back({site.site, f, in.rows[site.rows[f]]});
+    }
+  }
+  return all;
+}
+
+std::vector<std::string> row_cells(const Listing& listing) {
+  const FileRow& row = listing.row;
   const LogSummary& s = row.summary;
   const bool read = row.read == LogReadStatus::ok;
   const char* const end = !read                         ? "-"
                           : s.engine == Engine::unknown ? "?"
                                                         : termination_name(s.termination);
-  return {std::to_string(row.site),
-          kRoles[row.role],
+  return {std::to_string(listing.site),
+          kRoles[listing.role],
           row.file,
           read ? engine_name(s.engine)
                : (row.read == LogReadStatus::cannot_open ? "missing" : "unreadable"),
@@ -43,12 +65,13 @@ std::vector<std::string> row_cells(const FileRow& row) {
           energy_text(row)};
 }
 
+// Prints a row of cells (already printable) in columns of `widths` display columns.
 void print_cells(std::FILE* out, const std::vector<std::string>& cells,
                  const std::vector<std::size_t>& widths) {
   std::string line;
   for (std::size_t c = 0; c < cells.size(); ++c) {
     line += cells[c];
-    if (c + 1 < cells.size()) line += std::string(widths[c] - cells[c].size() + 2, ' ');
+    if (c + 1 < cells.size()) line += std::string(widths[c] - display_width(cells[c]) + 2, ' ');
   }
   std::fprintf(out, "%s\n", line.c_str());
 }
@@ -65,8 +88,18 @@ std::string json_text_or_null(const std::string& text) {
 
 std::string json_string(std::string_view text) {
   std::string s = "\"";
-  for (const char c : text) {
-    switch (c) {
+  for (std::size_t at = 0; at < text.size();) {
+    char32_t c = 0;
+    const std::size_t length = utf8_sequence(text, at, c);
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (length > 1 || (length == 1 && c >= 0x20 && c != '"' && c != '\\' && c != 0x7f)) {
+      s.append(text, at, length);
+      at += length;
+      continue;
+    }
+    // One byte that must be escaped: a quote, a backslash, a control character, or a byte
+    // that is not UTF-8, which stands for the code point of the same number.
+    switch (byte) {
       case '"':
         s += "\\\"";
         break;
@@ -89,12 +122,9 @@ std::string json_string(std::string_view text) {
         s += "\\f";
         break;
       default:
-        if (static_cast<unsigned char>(c) < 0x20) {
-          s += format_text("\\u%04x", static_cast<unsigned>(c));
-        } else {
-          s += c;
-        }
+        s += format_text("\\u%04x", static_cast<unsigned>(byte));
     }
+    ++at;
   }
   return s + "\"";
 }
@@ -109,15 +139,17 @@ std::string shortest_number(double value) {
 
 void print_check_table(std::FILE* out, const CrystalInputs& in,
                        const std::vector<Finding>& findings) {
-  std::fprintf(out, "Checking batch file: %s (-qcflag %d)\n", in.batch_name.c_str(),
+  std::fprintf(out, "Checking batch file: %s (-qcflag %d)\n", printable_text(in.batch_name).c_str(),
                in.engine_code);
-  if (!in.rows.empty()) {
+  const std::vector<Listing> all = listings(in);
+  if (!all.empty()) {
     std::vector<std::vector<std::string>> table{{std::begin(kColumns), std::end(kColumns)}};
-    for (const FileRow& row : in.rows) table.push_back(row_cells(row));
+    for (const Listing& listing : all) table.push_back(row_cells(listing));
     std::vector<std::size_t> widths(kColumnCount, 0);
-    for (const auto& cells : table) {
+    for (auto& cells : table) {
       for (std::size_t c = 0; c < kColumnCount; ++c) {
-        widths[c] = std::max(widths[c], cells[c].size());
+        cells[c] = printable_text(cells[c]);
+        widths[c] = std::max(widths[c], display_width(cells[c]));
       }
     }
     std::fprintf(out, "\n");
@@ -131,10 +163,10 @@ void print_check_table(std::FILE* out, const CrystalInputs& in,
   std::fprintf(out, "Findings:\n");
   for (const Finding& f : findings) {
     std::string where = f.site > 0 ? "site " + std::to_string(f.site) : "";
-    if (!f.file.empty()) where += (where.empty() ? "" : ", ") + f.file;
+    if (!f.file.empty()) where += (where.empty() ? "" : ", ") + printable_text(f.file);
     std::fprintf(out, "  %-13s  %s%s%s: %s\n", severity_name(f.severity), f.code.c_str(),
                  where.empty() ? "" : " (", (where.empty() ? "" : where + ")").c_str(),
-                 f.message.c_str());
+                 printable_text(f.message).c_str());
   }
   const long stops = std::count_if(findings.begin(), findings.end(),
                                    [](const Finding& f) { return f.severity == Severity::stop; });
@@ -150,12 +182,13 @@ void print_check_json(std::FILE* out, const CrystalInputs& in,
   std::fprintf(out, "  \"would_succeed\": %s,\n  \"status\": %d,\n",
                would_succeed(findings) ? "true" : "false", check_status(findings));
   std::fprintf(out, "  \"rows\": [");
-  for (std::size_t i = 0; i < in.rows.size(); ++i) {
-    const FileRow& row = in.rows[i];
+  const std::vector<Listing> all = listings(in);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const FileRow& row = all[i].row;
     const LogSummary& s = row.summary;
     const bool read = row.read == LogReadStatus::ok;
     std::fprintf(out, "%s\n    {\"site\": %d, \"role\": \"%s\", \"file\": %s, \"readable\": %s, ",
-                 i == 0 ? "" : ",", row.site, kRoles[row.role], json_string(row.file).c_str(),
+                 i == 0 ? "" : ",", all[i].site, kRoles[all[i].role], json_string(row.file).c_str(),
                  read ? "true" : "false");
     std::fprintf(out, "\"engine\": %s, \"termination\": %s, ",
                  read ? json_string(engine_name(s.engine)).c_str() : "null",
@@ -171,9 +204,11 @@ void print_check_json(std::FILE* out, const CrystalInputs& in,
                  json_text_or_null(s.basis).c_str(), json_text_or_null(s.job_type).c_str());
     std::fprintf(out, "\"scf_energies\": %s, \"energy_hartree\": %s}",
                  json_int_or_null(read && s.scf_count >= 0, s.scf_count).c_str(),
-                 row.energy == SpEnerStatus::found ? shortest_number(row.hartree).c_str() : "null");
+                 row.energy == SpEnerStatus::found && std::isfinite(row.hartree)
+                     ? shortest_number(row.hartree).c_str()
+                     : "null");
   }
-  std::fprintf(out, "%s],\n  \"findings\": [", in.rows.empty() ? "" : "\n  ");
+  std::fprintf(out, "%s],\n  \"findings\": [", all.empty() ? "" : "\n  ");
   for (std::size_t i = 0; i < findings.size(); ++i) {
     const Finding& f = findings[i];
     std::fprintf(out, "%s\n    {\"code\": %s, \"severity\": \"%s\", \"site\": %s, \"file\": %s, ",

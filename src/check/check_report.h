@@ -10,10 +10,13 @@
 
 #include "crystal_findings.h"
 
-// `text` as a JSON string, quotes included: quote, backslash and control characters escaped
-// (\n, \t, \r, \b, \f, others as \u00XX); other bytes, UTF-8 included, are kept.
+// `text` as a JSON string, quotes included, valid JSON in valid UTF-8 whatever the bytes: the
+// quote, the backslash and control characters escaped (\n, \t, \r, \b, \f, others and DEL as
+// \u00XX); well-formed UTF-8 kept; each byte that is not part of well-formed UTF-8 written as
+// \u00XX, XX the byte's value, so that a reader can tell the bytes again (\u0080 to \u00ff
+// never stand for a character of the text, which would be kept as its UTF-8 bytes).
 //
-//   "a\"b\n"  ->  "\"a\\\"b\\n\""
+//   "a\"b\n"  ->  "\"a\\\"b\\n\"";   "\xff"  ->  "\"\\u00ff\""
 std::string json_string(std::string_view text);
 
 // `value` as the shortest decimal text that reads back as the same double.

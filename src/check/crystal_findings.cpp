@@ -1,6 +1,7 @@
 #include "crystal_findings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -221,7 +222,7 @@ void check_arguments(const CrystalInputs& in, Findings& out) {
       i += takes_value(option);
       continue;
     }
-    if (match_option(args[i].c_str(), true) == Option::json) continue;  // the check's own
+    if (match_option(args[i].c_str(), true) != Option::none) continue;  // the check's own
     const JobOption* meant = meant_option(args[i]);
     const Option meant_as = meant != nullptr ? meant->option : Option::none;
     std::string skipped = "\"" + args[i] + "\"";
@@ -267,6 +268,16 @@ void check_energy_line(const FileRow& row, Findings& out) {
     out.add("energy-line-too-short", Severity::stop, row.site, row.file,
             "the last \"SCF Done\" line has fewer than five fields: get_inter_ener stops (" +
                 quoted(row.energy_line) + ")");
+  } else if (!row.energy_is_number) {
+    out.add("energy-not-a-number", Severity::wrong_number, row.site, row.file,
+            format_text("the energy field of the last \"SCF Done\" line is not a number as a "
+                        "whole: get_inter_ener takes %.9f hartree from it (%s)",
+                        row.hartree, quoted(row.energy_line).c_str()));
+  } else if (!std::isfinite(row.hartree)) {
+    out.add("energy-not-finite", Severity::wrong_number, row.site, row.file,
+            format_text("the energy of the last \"SCF Done\" line reads as %g: the tables get "
+                        "values that are no numbers (%s)",
+                        row.hartree, quoted(row.energy_line).c_str()));
   }
 }
 
@@ -421,18 +432,23 @@ void check_roles(const CrystalInputs& in, Findings& out) {
   }
 }
 
+// Every pair of sites that one lists as neighbours and the other does not: one finding per
+// pair however often it is listed, in time that grows with the pairs (n log n), not their
+// square. A site listed as its own neighbour is mutual with itself.
 void check_neighbors(const CrystalInputs& in, Findings& out) {
   if (!in.neighbors_opened || in.neighbor_status != ListStatus::ok) return;
   const auto& lists = in.neighbors.neighbor_mol_id;
+  std::vector<std::pair<int, int>> pairs;
   for (std::size_t i = 0; i < lists.size(); ++i) {
-    for (const int j : lists[i]) {
-      const auto& back = lists[static_cast<std::size_t>(j)];
-      if (std::find(back.begin(), back.end(), static_cast<int>(i)) != back.end()) continue;
-      out.add("neighbor-not-mutual", Severity::worth_knowing, static_cast<int>(i) + 1,
-              kNeighborFile,
-              format_text("site %zu lists site %d as a neighbour, site %d does not list %zu", i + 1,
-                          j + 1, j + 1, i + 1));
-    }
+    for (const int j : lists[i]) pairs.emplace_back(static_cast<int>(i), j);
+  }
+  std::sort(pairs.begin(), pairs.end());
+  pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+  for (const auto& [i, j] : pairs) {
+    if (std::binary_search(pairs.begin(), pairs.end(), std::make_pair(j, i))) continue;
+    out.add("neighbor-not-mutual", Severity::worth_knowing, i + 1, kNeighborFile,
+            format_text("site %d lists site %d as a neighbour, site %d does not list %d", i + 1,
+                        j + 1, j + 1, i + 1));
   }
 }
 
@@ -461,7 +477,7 @@ std::vector<Finding> check_crystal(const CrystalInputs& in) {
   }
   for (const FileRow& row : in.rows) check_energy_line(row, out);
   for (const SiteJob& site : in.sites) {
-    if (site.rows[0] < 0) {
+    if (site.rows[0] < 0 && site.repeats == 0) {
       out.add("short-job-line", Severity::stop, site.site, "",
               "get_inter_ener stops with " +
                   quoted(short_job_line_message(site.site, in.batch_name, site.line)));
@@ -469,7 +485,7 @@ std::vector<Finding> check_crystal(const CrystalInputs& in) {
   }
   for (const FileRow& row : in.rows) check_run(row, out);
   for (const SiteJob& site : in.sites) {
-    if (site.rows[0] >= 0) check_site(in, site, out);
+    if (site.rows[0] >= 0 && site.repeats == 0) check_site(in, site, out);
   }
   check_levels(in, out);
   check_roles(in, out);

@@ -37,6 +37,7 @@ void fill_file_row(const LogScan& scan, FileRow& row) {
     row.energy = result.status;
     row.energy_line = scan.energy_entry;
     row.hartree = result.hartree;
+    row.energy_is_number = result.status != SpEnerStatus::found || result.field_is_number;
   }
 }
 
@@ -89,10 +90,16 @@ CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {
   std::vector<std::string> names;
   for (int j = 0; j < in.batch.job_count; ++j) {
     const std::string& line = in.batch.job_lines[j];
-    if (!seen_lines.try_emplace(line, j).second) continue;
+    const auto [earlier, is_new_line] = seen_lines.try_emplace(line, j);
     SiteJob& site = in.sites.emplace_back();
     site.site = j + 1;
     site.line = line;
+    if (!is_new_line) {
+      const SiteJob& first = in.sites[static_cast<std::size_t>(earlier->second)];
+      std::copy(std::begin(first.rows), std::end(first.rows), site.rows);
+      site.repeats = first.site;
+      continue;
+    }
     mmutil::tokenize(names, line.c_str(), " ");
     if (names.size() < 3) continue;
     for (int f = 0; f < 3; ++f) {

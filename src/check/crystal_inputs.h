@@ -33,14 +33,16 @@ struct FileRow {
   SpEnerStatus energy = SpEnerStatus::marker_not_found;  // the energy line the job takes
   std::string energy_line;
   double hartree = 0.0;
+  bool energy_is_number = true;  // the energy field is a number as a whole (see SpEnerResult)
 };
 
-// A site whose job line is read: its files as indices into the rows. A job line that repeats
-// an earlier one is served from it by the energy job and is not listed again.
+// A site of the batch list: its files as indices into the rows. A job line that repeats an
+// earlier one is served from it by the energy job: its site has the earlier one's rows.
 struct SiteJob {
   int site = 0;  // 1-based
   std::string line;
   int rows[3] = {-1, -1, -1};  // -1: the line names fewer than three files
+  int repeats = 0;             // the earlier site (1-based) whose line this one repeats, or 0
 };
 
 struct CrystalInputs {

@@ -11,13 +11,15 @@ bool matches(const char* arg, const char* option) {
 
 }  // namespace
 
-Option match_option(const char* arg, bool accept_json) {
+Option match_option(const char* arg, bool check_options) {
   if (matches(arg, "-verbose")) return Option::verbose;
   if (matches(arg, "-batch")) return Option::batch;
   if (matches(arg, "-neighbor")) return Option::neighbor;
   if (matches(arg, "-qcflag")) return Option::qcflag;
   if (matches(arg, "-h") || matches(arg, "--help")) return Option::help;
-  if (accept_json && matches(arg, "-json")) return Option::json;
+  if (!check_options) return Option::none;
+  if (matches(arg, "-json") || std::strcmp(arg, "--json") == 0) return Option::json;
+  if (std::strcmp(arg, "--version") == 0) return Option::version;
   return Option::none;
 }
 

@@ -6,14 +6,15 @@
 #include <string>
 
 // The option an argument names, or `none` for an argument that is no option.
-enum class Option { verbose, batch, neighbor, qcflag, help, json, none };
+enum class Option { verbose, batch, neighbor, qcflag, help, json, version, none };
 
-// The option that `arg` names: an argument names an option when it begins with the option's
-// text. They are tried in the order -verbose, -batch, -neighbor, -qcflag, -h, --help, and last
-// -json only when `accept_json` is set; the first that matches wins. Anything else is `none`.
+// The option that `arg` names: an argument names an option of the energy job when it begins
+// with the option's text. They are tried in the order -verbose, -batch, -neighbor, -qcflag, -h,
+// --help; the first that matches wins. With `check_options` set, the check's own follow: -json
+// (by its beginning too), and exactly --json and --version. Anything else is `none`.
 //
-//   "-batchfile" -> batch;   "-hello" -> help;   "-json" -> none unless accept_json
-Option match_option(const char* arg, bool accept_json);
+//   "-batchfile" -> batch;   "-hello" -> help;   "--json" -> none unless check_options
+Option match_option(const char* arg, bool check_options);
 
 // Whether `option` takes the next argument as its value (-batch and -qcflag do).
 //

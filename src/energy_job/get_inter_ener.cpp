@@ -93,6 +93,7 @@ int main(int argc, char** argv) {
         print_usage(prog);
         return kFailureStatus;
       case Option::json:
+      case Option::version:
       case Option::none:
         break;
     }

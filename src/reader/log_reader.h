@@ -82,13 +82,16 @@ struct SpEnerResult {
   SpEnerStatus status;
   std::string_view line;  // the matched entry's text, if any
   double hartree;         // the energy, if found
+  // The whole fifth field is a number: its conversion left nothing over ("-**********" and
+  // "-1.5D+02" are not; "nan" and "1e999" are, though not finite).
+  bool field_is_number = false;
 };
 
 // The text that marks the energy line of engine `engine_code`: "SCF Done" for every engine.
 const char* sp_ener_marker(int engine_code);
 
 // The energy of an energy line: its fifth blank-separated field converted as atof() does
-// (0.0 for text that is no number), or too_few_fields.
+// (0.0 for text that is no number; only the part before a "D" exponent), or too_few_fields.
 //
 //   " SCF Done:  E(RB3LYP) =  -693.291234567     A.U. after   12 cycles"  ->  -693.291234567
 SpEnerResult sp_ener_from_line(std::string_view line);

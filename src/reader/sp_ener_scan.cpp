@@ -51,7 +51,10 @@ SpEnerResult sp_ener_from_line(std::string_view line) {
   std::vector<std::string> fields;
   mmutil::tokenize(fields, std::string(line).c_str(), " ");
   if (fields.size() < 5) return {SpEnerStatus::too_few_fields, line, 0.0};
-  return {SpEnerStatus::found, line, std::atof(fields[4].c_str())};
+  const char* const field = fields[4].c_str();
+  char* end = nullptr;
+  const double hartree = std::strtod(field, &end);  // what atof() gives, and where it stopped
+  return {SpEnerStatus::found, line, hartree, end != field && *end == '\0'};
 }
 
 bool find_energy_entry(std::string_view text, bool starts_file, std::string_view& entry) {
