@@ -188,6 +188,67 @@ TEST_P(CompressedLog, ReadsAFifo) {
   expect_plain_scan(scan, text);
 }
 
+// Each header as recognise_format takes it: a whole header names its format, a part of one or
+// a look-alike is plain text.
+TEST(RecogniseFormat, WholeHeadersOnly) {
+  using namespace std::string_literals;
+  const std::pair<std::string, TextFormat> cases[] = {
+      {"\x1f\x8b\x08\x00"s, TextFormat::gzip},
+      {"\x1f\x8b\x08\x20"s, TextFormat::plain},  // a reserved flag
+      {"BZh91AY&SY", TextFormat::bzip2},
+      {"BZh9 SCF Done", TextFormat::plain},
+      {"\xfd\x37\x7a\x58\x5a\x00"s, TextFormat::xz},
+      {"\xfd\x37\x7a\x58\x5a", TextFormat::plain},
+      {"\x28\xb5\x2f\xfd", TextFormat::zstd},
+      {"\x28\xb5\x2f", TextFormat::plain},
+      {"\x50\x2a\x4d\x18\x04\x00\x00\x00"s, TextFormat::zstd},  // skippable, as pzstd's
+      {"\x5f\x2a\x4d\x18\x00\x00\x00\x00"s, TextFormat::zstd},  // the last skippable magic
+      {"\x50\x2a\x4d\x18\x04\x00\x00"s, TextFormat::plain},     // its length cut short
+      {"\x60\x2a\x4d\x18\x04\x00\x00\x00"s, TextFormat::plain},
+      {"\x4f\x2a\x4d\x18\x04\x00\x00\x00"s, TextFormat::plain},
+      {"P*M SCF Done", TextFormat::plain},
+  };
+  for (const auto& [head, format] : cases) {
+    EXPECT_EQ(recognise_format(reinterpret_cast<const unsigned char*>(head.data()), head.size()),
+              format)
+        << testing::PrintToString(head);
+  }
+}
+
+// A skippable frame: magic 0x184d2a5N and the length of `content`, little-endian, then it.
+std::string skippable_frame(unsigned char low_byte, const std::string& content) {
+  std::string frame = {static_cast<char>(low_byte), '\x2a', '\x4d', '\x18'};
+  for (int shift = 0; shift < 32; shift += 8) frame += static_cast<char>(content.size() >> shift);
+  return frame + content;
+}
+
+// Skippable frames before, between and after zstd frames (one longer than the 128 KiB input
+// block, one holding an energy line) are stepped over: the text is the frames' alone. A file
+// of a skippable frame alone is an empty text; one cut off inside a skippable frame is cut off.
+TEST(ZstdLog, SkippableFramesAreSteppedOver) {
+  if (missing_library(TextFormat::zstd) != nullptr) GTEST_SKIP() << "built without libzstd";
+  const std::string text = compressed_texts().back();
+  const std::string first = compress(TextFormat::zstd, text.substr(0, text.size() / 3));
+  const std::string second = compress(TextFormat::zstd, text.substr(text.size() / 3));
+  const std::string large(200 * 1024, 'S');
+  const std::string packed = skippable_frame(0x50, "1234") + first + skippable_frame(0x5a, large) +
+                             second + skippable_frame(0x5f, "");
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {packed, text},
+      {packed + skippable_frame(0x51, "\n" + kEnergy + "\n"), text},
+      {skippable_frame(0x50, "1234"), ""},
+  };
+  for (const auto& [bytes, plain] : cases) {
+    const LogScan scan = scan_file(write_temp(bytes, ".zst"));
+    EXPECT_EQ(scan.format, TextFormat::zstd);
+    expect_plain_scan(scan, plain);
+  }
+  expect_plain_scan(scan_through_fifo(packed, 7, 40), text);
+  const std::size_t inside_large = 8 + 4 + first.size() + 100 * 1024;
+  const LogScan cut = scan_file(write_temp(packed.substr(0, inside_large), ".zst"));
+  EXPECT_EQ(cut.error, "unexpected end of zstd data");
+}
+
 INSTANTIATE_TEST_SUITE_P(Formats, CompressedLog,
                          testing::Values(TextFormat::gzip, TextFormat::bzip2, TextFormat::xz,
                                          TextFormat::zstd),

@@ -182,7 +182,12 @@ TextFormat recognise_format(const unsigned char* head, std::size_t length) {
     return TextFormat::bzip2;
   }
   if (has_bytes(head, length, 0, "\xfd\x37\x7a\x58\x5a\x00", 6)) return TextFormat::xz;
-  if (has_bytes(head, length, 0, "\x28\xb5\x2f\xfd", 4)) return TextFormat::zstd;
+  // zstd: the magic of a frame, or that of a skippable frame (50-5f 2a 4d 18) and its 4-byte
+  // length: pzstd begins every file with one, and the decoder steps over them.
+  if (has_bytes(head, length, 0, "\x28\xb5\x2f\xfd", 4) ||
+      (length >= 8 && (head[0] & 0xf0) == 0x50 && has_bytes(head, length, 1, "\x2a\x4d\x18", 3))) {
+    return TextFormat::zstd;
+  }
   return TextFormat::plain;
 }
 

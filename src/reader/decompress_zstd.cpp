@@ -1,4 +1,5 @@
-// zstd frames through libzstd, which starts the next frame by itself where one ends.
+// zstd frames through libzstd, which starts the next frame by itself where one ends and steps
+// over skippable frames (those pzstd writes first) wherever they stand.
 #include <zstd.h>
 
 #include <cctype>
