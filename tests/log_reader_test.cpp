@@ -1,12 +1,14 @@
 // Tests of the reader: its entry count and energy line on every path (in memory, backward, forward
 // through a file or a pipe) against a plain line reader, every descriptor closed, and a file
-// that shrinks while it is read. real_outputs_test reads the real outputs.
+// shorter than its stated size. real_outputs_test reads the real outputs.
 #include "log_reader.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <random>
 
 #include "reference_line_reader.h"
@@ -99,24 +101,50 @@ TEST(LogReader, ReadsAPipeWhole) {
   }
 }
 
-// A file cut short by another process after it was opened: the backward reading meets the
-// end early and says so, instead of taking a wrong line or dying of a signal.
-TEST(LogReader, AFileThatShrinksIsAReadFailure) {
+// A file that holds less than the size it stated when opened (cut short by another process
+// meanwhile, or a sysfs file): the backward reading meets the end early, drops what it read
+// and reads the file forward from its start, whole: the entries and the energy line of what
+// the file holds. Without a tail to keep, the end is met by the first window instead.
+TEST(LogReader, AFileShorterThanItsSizeIsReadWholeForward) {
   std::string bytes = "head\n SCF Done:  E(X) =  -7.25  A.U.\n";
   bytes += std::string(10000, 'x') + "\n";
   const std::string path = write_temp(bytes);
   const int fd = open(path.c_str(), O_RDONLY);
   ASSERT_GE(fd, 0);
-  LogScanOptions options;
-  options.block_bytes = 4096;
   for (const std::uint64_t size_when_opened : {bytes.size() + 1, bytes.size() * 3}) {
-    LogScan scan;
-    scan_regular_file_backward(fd, size_when_opened, options, scan);
-    EXPECT_EQ(scan.status, LogReadStatus::read_failed);
-    EXPECT_EQ(scan.error, "the file became shorter while it was read");
-    EXPECT_FALSE(scan.marker_found);
+    for (const std::size_t ends : {0, 40}) {
+      SCOPED_TRACE(testing::Message() << size_when_opened << " bytes stated, ends " << ends);
+      LogScanOptions options;
+      options.block_bytes = 4096;
+      options.count_entries = true;  // counted by the forward reading alone
+      options.head_bytes = options.tail_bytes = ends;
+      LogScan scan;
+      scan_regular_file_backward(fd, size_when_opened, options, scan);
+      EXPECT_EQ(scan.status, LogReadStatus::ok) << scan.error;
+      EXPECT_TRUE(scan.whole_text);
+      EXPECT_EQ(scan.text_size, bytes.size());
+      EXPECT_EQ(scan.entry_count, line_reader_entries(bytes).size());
+      EXPECT_EQ(scan.energy_entry, " SCF Done:  E(X) =  -7.25  A.U.");
+      EXPECT_EQ(scan.head, bytes.substr(0, ends));
+      EXPECT_EQ(scan.tail, bytes.substr(bytes.size() - ends));
+    }
   }
   close(fd);
+}
+
+// A sysfs file states 4096 bytes and holds a few ("0-1\n"): it is read whole, as its size had
+// said 0, with no energy line (the recorded run log_sysfs_file shows the tool's answer).
+TEST(LogReader, ReadsASysfsFileWhole) {
+  const char* const path = "/sys/devices/system/cpu/online";
+  std::ifstream in(path);
+  if (!in) GTEST_SKIP() << path << " is absent: no sysfs on this machine";
+  const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  const LogScan scan = scan_path(path, false, LogScanOptions{}.block_bytes, 4096);
+  EXPECT_EQ(scan.status, LogReadStatus::ok) << scan.error;
+  EXPECT_FALSE(scan.marker_found);
+  EXPECT_EQ(scan.head, text);
+  EXPECT_EQ(scan.text_size, text.size());
+  EXPECT_TRUE(scan.whole_text);
 }
 
 }  // namespace

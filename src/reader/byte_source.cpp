@@ -109,7 +109,7 @@ bool start_decoding(ByteSource& source) {
   if (decoding == nullptr || decoding->state == nullptr || !decoder->start(decoding->state)) {
     if (decoding != nullptr) std::free(decoding->state);
     delete decoding;
-    source.error = "not enough memory to decode " + format + " data";
+    source.error = no_memory_reason(format.c_str());
     return false;
   }
   decoding->decoder = decoder;
@@ -142,6 +142,7 @@ long read_compressed(ByteSource& source, char* out, std::size_t capacity) {
     if (step == DecodeStep::damaged) {
       return fail(source, std::string(format) + " data is damaged: " + reason);
     }
+    if (step == DecodeStep::refused) return fail(source, reason);
     const bool progress = buffers.in_left != in_before || buffers.out_left != out_before;
     if (step == DecodeStep::stream_end) {
       d.between_streams = true;
@@ -165,6 +166,16 @@ bool has_bytes(const unsigned char* head, std::size_t length, std::size_t at, co
 
 }  // namespace
 
+std::string over_limit_reason(const char* format, std::uint64_t needed) {
+  const std::uint64_t mib = std::uint64_t{1} << 20;
+  return std::string(format) + " data needs " + std::to_string((needed + mib - 1) / mib) +
+         " MiB to decode, above the limit of " + std::to_string(kDecoderMemoryLimit / mib) + " MiB";
+}
+
+std::string no_memory_reason(const char* format) {
+  return std::string("not enough memory to decode ") + format + " data";
+}
+
 const char* format_name(TextFormat format) {
   return kFormatNames[static_cast<std::size_t>(format)].name;
 }
@@ -182,7 +193,12 @@ TextFormat recognise_format(const unsigned char* head, std::size_t length) {
     return TextFormat::bzip2;
   }
   if (has_bytes(head, length, 0, "\xfd\x37\x7a\x58\x5a\x00", 6)) return TextFormat::xz;
-  if (has_bytes(head, length, 0, "\x28\xb5\x2f\xfd", 4)) return TextFormat::zstd;
+  // zstd: the magic of a frame, or that of a skippable frame (50-5f 2a 4d 18) and its 4-byte
+  // length: pzstd begins every file with one, and the decoder steps over them.
+  if (has_bytes(head, length, 0, "\x28\xb5\x2f\xfd", 4) ||
+      (length >= 8 && (head[0] & 0xf0) == 0x50 && has_bytes(head, length, 1, "\x2a\x4d\x18", 3))) {
+    return TextFormat::zstd;
+  }
   return TextFormat::plain;
 }
 

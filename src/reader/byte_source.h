@@ -15,10 +15,11 @@ const char* format_name(TextFormat format);
 // The format that the first `length` bytes of an input announce. A compressed format is
 // recognised by its whole stream header (gzip: 1f 8b 08 and flags with no reserved bit; bzip2:
 // "BZh", a digit 1-9, then the magic of a block or of the end of an empty stream; xz:
-// fd 37 7a 58 5a 00; zstd: 28 b5 2f fd); anything else, or fewer bytes than the header, is
-// plain, so a text that merely begins with "BZh" or 1f 8b stays text.
+// fd 37 7a 58 5a 00; zstd: the frame magic 28 b5 2f fd, or a skippable frame's magic, any of
+// 50-5f then 2a 4d 18, with its 4-byte length, as pzstd writes first); anything else, or fewer
+// bytes than the header, is plain, so a text that merely begins with "BZh" or 1f 8b stays text.
 //
-//   "BZh91AY&SY..."  ->  bzip2;   "BZh9 SCF Done"  ->  plain
+//   "BZh91AY&SY..."  ->  bzip2;   "BZh9 SCF Done"  ->  plain;   "P*M\x18\4\0\0\0"  ->  zstd
 TextFormat recognise_format(const unsigned char* head, std::size_t length);
 
 // The library that decodes `format` when this build was configured without it ("zlib",

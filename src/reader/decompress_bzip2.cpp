@@ -29,9 +29,12 @@ DecodeStep step_bzip2(void* state, DecodeBuffers& buffers, bool, std::string& re
     status = BZ2_bzDecompressInit(&stream, 0, 0);
     if (status == BZ_OK) return DecodeStep::stream_end;
   }
+  if (status == BZ_MEM_ERROR) {
+    reason = no_memory_reason("bzip2");
+    return DecodeStep::refused;
+  }
   reason = status == BZ_DATA_ERROR         ? "data integrity (CRC) error"
            : status == BZ_DATA_ERROR_MAGIC ? "not bzip2 data after the end of a stream"
-           : status == BZ_MEM_ERROR        ? "out of memory"
                                            : "invalid data";
   return DecodeStep::damaged;
 }

@@ -28,9 +28,11 @@ DecodeStep step_gzip(void* state, DecodeBuffers& buffers, bool, std::string& rea
     inflateReset(&stream);
     return DecodeStep::stream_end;
   }
-  reason = status == Z_MEM_ERROR   ? "out of memory"
-           : stream.msg != nullptr ? stream.msg
-                                   : "invalid data";
+  if (status == Z_MEM_ERROR) {
+    reason = no_memory_reason("gzip");
+    return DecodeStep::refused;
+  }
+  reason = stream.msg != nullptr ? stream.msg : "invalid data";
   return DecodeStep::damaged;
 }
 

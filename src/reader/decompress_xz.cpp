@@ -7,10 +7,11 @@
 
 namespace {
 
-// A zeroed stream is the library's initial one.
+// A zeroed stream is the library's initial one. A stream that needs more than the limit
+// stops with LZMA_MEMLIMIT_ERROR before its dictionary is allocated.
 bool start_xz(void* state) {
-  return lzma_stream_decoder(static_cast<lzma_stream*>(state), UINT64_MAX, LZMA_CONCATENATED) ==
-         LZMA_OK;
+  return lzma_stream_decoder(static_cast<lzma_stream*>(state), kDecoderMemoryLimit,
+                             LZMA_CONCATENATED) == LZMA_OK;
 }
 
 void end_xz(void* state) { lzma_end(static_cast<lzma_stream*>(state)); }
@@ -23,8 +24,6 @@ const char* xz_reason(lzma_ret status) {
       return "not xz data after the end of a stream";
     case LZMA_OPTIONS_ERROR:
       return "unsupported compression options";
-    case LZMA_MEM_ERROR:
-      return "out of memory";
     default:
       return "invalid data";
   }
@@ -42,6 +41,12 @@ DecodeStep step_xz(void* state, DecodeBuffers& buffers, bool input_ended, std::s
   // LZMA_BUF_ERROR: no progress possible, the input is cut off or more is needed.
   if (status == LZMA_OK || status == LZMA_BUF_ERROR) return DecodeStep::more;
   if (status == LZMA_STREAM_END) return DecodeStep::stream_end;
+  if (status == LZMA_MEMLIMIT_ERROR || status == LZMA_MEM_ERROR) {
+    // lzma_memusage: what the stream needs, dictionary included.
+    reason = status == LZMA_MEM_ERROR ? no_memory_reason("xz")
+                                      : over_limit_reason("xz", lzma_memusage(&stream));
+    return DecodeStep::refused;
+  }
   reason = xz_reason(status);
   return DecodeStep::damaged;
 }

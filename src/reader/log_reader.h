@@ -41,7 +41,7 @@ struct LogScanOptions {
 enum class LogReadStatus {
   ok,
   cannot_open,  // missing, unreadable, or a directory
-  read_failed,  // a read failed, the file shrank, or a compressed stream is damaged
+  read_failed,  // a read failed, or a compressed stream is damaged
 };
 
 // What was read of one file.
@@ -64,8 +64,12 @@ struct LogScan {
 // is read forward. Memory stays within two blocks and the head and tail asked for.
 void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& scan);
 
-// The backward reading of a plain regular file, open as `fd`, of `size` bytes as it was
-// found on opening: a file that turns out shorter (truncated meanwhile) is read_failed.
+// The backward reading of a plain regular file, open as `fd` and not yet read (pread alone
+// keeps it at its start), of `size` bytes as it was found on opening. A file that ends before
+// `size` (a sysfs file states 4096 bytes and holds a few; another program may truncate a log)
+// is read again forward from its start, whole, to its real end, as a file of size 0 is.
+//
+//   /sys/devices/system/cpu/online, size 4096  ->  ok, text_size 4, whole_text, no energy line
 void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
                                 LogScan& scan);
 

@@ -119,69 +119,77 @@ void scan_forward(ByteSource& source, const LogScanOptions& options, LogScan& re
   result.whole_text = true;
 }
 
-// Reads exactly `n` bytes at `offset`. A short read means the file shrank after it was opened.
-bool read_at(int fd, char* out, std::size_t n, std::uint64_t offset, LogScan& result) {
+// What a read of the backward reading met.
+enum class ReadAt {
+  done,
+  failed,  // the system's reason is in the result
+  ended,   // the file ends before the size it stated: sysfs files state 4096 bytes and hold a
+           // few, and a file may be truncated while it is read
+};
+
+// Reads exactly `n` bytes at `offset`, or says that the file ends before them.
+ReadAt read_at(int fd, char* out, std::size_t n, std::uint64_t offset, LogScan& result) {
   while (n > 0) {
     const ssize_t got = pread(fd, out, n, static_cast<off_t>(offset));
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) {
       fail(result, std::strerror(errno));
-      return false;
+      return ReadAt::failed;
     }
-    if (got == 0) {
-      fail(result, "the file became shorter while it was read");
-      return false;
-    }
+    if (got == 0) return ReadAt::ended;
     out += got;
     n -= static_cast<std::size_t>(got);
     offset += static_cast<std::uint64_t>(got);
   }
-  return true;
+  return ReadAt::done;
 }
 
 // The start of the line that holds the byte at `at`: just after the last newline before it,
 // however far back, or 0.
-bool line_start(int fd, std::uint64_t at, std::vector<char>& buffer, std::uint64_t& start,
-                LogScan& result) {
+ReadAt line_start(int fd, std::uint64_t at, std::vector<char>& buffer, std::uint64_t& start,
+                  LogScan& result) {
   for (std::uint64_t high = at; high > 0;) {
     const std::uint64_t low = high > buffer.size() ? high - buffer.size() : 0;
     const auto n = static_cast<std::size_t>(high - low);
-    if (!read_at(fd, buffer.data(), n, low, result)) return false;
+    if (const ReadAt read = read_at(fd, buffer.data(), n, low, result); read != ReadAt::done) {
+      return read;
+    }
     const void* newline = memrchr(buffer.data(), '\n', n);
     if (newline != nullptr) {
       start =
           low + static_cast<std::uint64_t>(static_cast<const char*>(newline) - buffer.data()) + 1;
-      return true;
+      return ReadAt::done;
     }
     high = low;
   }
   start = 0;
-  return true;
+  return ReadAt::done;
 }
 
 // Scans the run [begin, end) of whole entries forward.
-bool scan_run(int fd, std::uint64_t begin, std::uint64_t end, const LogScanOptions& options,
-              ForwardScan& scan, LogScan& result) {
+ReadAt scan_run(int fd, std::uint64_t begin, std::uint64_t end, const LogScanOptions& options,
+                ForwardScan& scan, LogScan& result) {
   start_forward_scan(scan, begin == 0, options);
   for (std::uint64_t at = begin; at < end;) {
     const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(block_room(scan), end - at));
-    if (!read_at(fd, block_space(scan), n, at, result)) return false;
+    if (const ReadAt read = read_at(fd, block_space(scan), n, at, result); read != ReadAt::done) {
+      return read;
+    }
     at += n;
     scan_block(scan, n, at == end, result);
   }
-  return true;
+  return ReadAt::done;
 }
 
-}  // namespace
-
-void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
-                                LogScan& result) {
+// Reads the file backward from `size`, as scan_regular_file_backward says, until the file
+// ends early.
+ReadAt read_backward(int fd, std::uint64_t size, const LogScanOptions& options, LogScan& result) {
   result.text_size = size;
   result.head.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, options.head_bytes)));
   result.tail.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, options.tail_bytes)));
-  if (!read_at(fd, result.head.data(), result.head.size(), 0, result) ||
-      !read_at(fd, result.tail.data(), result.tail.size(), size - result.tail.size(), result)) {
-    return;
+  ReadAt read = read_at(fd, result.head.data(), result.head.size(), 0, result);
+  if (read == ReadAt::done) {
+    read = read_at(fd, result.tail.data(), result.tail.size(), size - result.tail.size(), result);
   }
   // Runs of whole lines, from the last back: the last run that holds an energy line holds
   // the file's last one. A run is the lines that start in a window of the file and end before
@@ -189,10 +197,11 @@ void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions
   std::vector<char> window(std::min(options.block_bytes, kBackwardWindow));
   ForwardScan scan;
   std::uint64_t end = size;
-  while (end > 0 && !result.marker_found) {
+  while (read == ReadAt::done && end > 0 && !result.marker_found) {
     const std::uint64_t low = end > window.size() ? end - window.size() : 0;
     const auto n = static_cast<std::size_t>(end - low);
-    if (!read_at(fd, window.data(), n, low, result)) return;
+    read = read_at(fd, window.data(), n, low, result);
+    if (read != ReadAt::done) break;
     // The newline at end - 1 ends the run; the first one before it starts the run's first line.
     const void* newline = std::memchr(window.data(), '\n', n - 1);
     std::uint64_t begin = 0;
@@ -205,13 +214,33 @@ void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions
         result.marker_found = true;
         result.energy_entry.assign(entry);
       }
-    } else if (!line_start(fd, low, window, begin, result) ||  // a line longer than the window
-               !scan_run(fd, begin, end, options, scan, result)) {
-      return;
+    } else {  // a line longer than the window
+      read = line_start(fd, low, window, begin, result);
+      if (read == ReadAt::done) read = scan_run(fd, begin, end, options, scan, result);
+      if (read != ReadAt::done) break;
     }
     end = begin;
   }
   result.whole_text = end == 0;
+  return read;
+}
+
+}  // namespace
+
+void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
+                                LogScan& result) {
+  if (read_backward(fd, size, options, result) != ReadAt::ended) return;
+  // The file holds less than it stated: what was read may be a mix of two contents, so it
+  // goes, and the file is read forward from its start to its real end, as one of size 0 is.
+  result = LogScan{};
+  ByteSource source;
+  if (lseek(fd, 0, SEEK_SET) != 0 || !open_byte_source(fd, source)) {
+    fail(result, source.error.empty() ? std::strerror(errno) : source.error);
+  } else {
+    result.format = source.format;
+    scan_forward(source, options, result);
+  }
+  close_byte_source(source);
 }
 
 void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& result) {
