@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 
@@ -146,6 +147,19 @@ FinalEnergyLine read_final_energy(Engine engine, std::string_view head, std::str
   return result;
 }
 
+// Reads a charge and a multiplicity from `text` with the scanf format `format` (two %lld). A
+// number beyond the range of int is taken as the nearest int, never wrapped, so that the range
+// check of a summary sees it as the corrupt text it is.
+//
+//   "4294967296,1" -> 2147483647, 1
+bool read_charge_pair(const char* text, const char* format, int& charge, int& multiplicity) {
+  long long c = 0, m = 0;
+  if (std::sscanf(text, format, &c, &m) != 2) return false;
+  charge = static_cast<int>(std::clamp<long long>(c, INT_MIN, INT_MAX));
+  multiplicity = static_cast<int>(std::clamp<long long>(m, INT_MIN, INT_MAX));
+  return true;
+}
+
 // The atom symbol that begins an atom line of an input echo ("C   1  B1", "C,0,1.2,0.,0.",
 // "C1 -4.8 0.6 0.3"), or "" for any other line.
 std::string atom_symbol(std::string_view line) {
@@ -186,8 +200,8 @@ GaussianHead read_gaussian_head(std::string_view head) {
   }
   for (i = 0; i < lines.size(); ++i) {
     const std::string line(lines[i]);
-    if (std::sscanf(line.c_str(), " Charge = %d Multiplicity = %d", &facts.charge,
-                    &facts.multiplicity) == 2) {
+    if (read_charge_pair(line.c_str(), " Charge = %lld Multiplicity = %lld", facts.charge,
+                         facts.multiplicity)) {
       facts.has_charge = true;
       break;
     }
@@ -321,8 +335,8 @@ bool read_gaussian_archive(std::string_view text, GaussianArchive& archive) {
   archive.formula = head[6].substr(0, head[6].find('('));
   archive.route = sections[1];
   const std::vector<std::string_view> molecule = split(sections[3], "\\");
-  if (std::sscanf(std::string(molecule[0]).c_str(), "%d,%d", &archive.charge,
-                  &archive.multiplicity) != 2) {
+  if (!read_charge_pair(std::string(molecule[0]).c_str(), "%lld,%lld", archive.charge,
+                        archive.multiplicity)) {
     return false;
   }
   archive.atom_count = static_cast<int>(molecule.size()) - 1;
