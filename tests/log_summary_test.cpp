@@ -25,4 +25,22 @@ TEST(LogSummary, WholeArchiveEntriesAndMethodNames) {
   EXPECT_EQ(method_key("U"), "U");  // R and U are prefixes only when a name follows
 }
 
+// An atom list that runs to the end of the kept head of a longer text is a part of the
+// molecule: atoms and formula unknown. Seen whole, or ended within the head, it counts.
+TEST(LogSummary, AtomListCutByTheHeadIsUnknown) {
+  std::string head = " Entering Gaussian System\n #p B3LYP/6-31G(d)\n ---\n";
+  head += " Charge = 0 Multiplicity = 1\n";
+  for (int atom = 0; atom < 700; ++atom)
+    head += atom % 2 == 0 ? " C  0. 0. 0.\n" : " H  0. 0. 1.\n";
+  const std::string cut = head + " O  0. 0.";  // the head ends inside the list
+  const LogSummary part = summarize_log(cut, "", false);
+  EXPECT_EQ(part.atom_count, 0);
+  EXPECT_EQ(part.formula, "");
+  const LogSummary whole = summarize_log(cut, cut, true);
+  EXPECT_EQ(whole.atom_count, 701);
+  const LogSummary ended = summarize_log(head + "\n Variables:\n", "", false);
+  EXPECT_EQ(ended.atom_count, 700);
+  EXPECT_EQ(ended.formula, "C350H350");
+}
+
 }  // namespace

@@ -189,7 +189,7 @@ struct GaussianHead {
   std::vector<std::string> symbols;
 };
 
-GaussianHead read_gaussian_head(std::string_view head) {
+GaussianHead read_gaussian_head(std::string_view head, bool whole_text) {
   GaussianHead facts;
   const std::vector<std::string_view> lines = lines_of(head);
   std::size_t i = 0;
@@ -206,7 +206,9 @@ GaussianHead read_gaussian_head(std::string_view head) {
       break;
     }
   }
-  // The atoms follow the charge line, after at most two lines of other text.
+  // The atoms follow the charge line, after at most two lines of other text. A list that runs
+  // to the end of a head cut from a longer text is a part of the molecule: its atoms and
+  // formula are unknown.
   std::size_t skipped = 0;
   for (++i; i < lines.size(); ++i) {
     const std::string symbol = atom_symbol(lines[i]);
@@ -216,6 +218,7 @@ GaussianHead read_gaussian_head(std::string_view head) {
       break;
     }
   }
+  if (i >= lines.size() && !whole_text) facts.symbols.clear();
   facts.atom_count = static_cast<int>(facts.symbols.size());
   const std::size_t natoms = head.find("NAtoms=");
   if (natoms != npos)
@@ -383,7 +386,7 @@ LogSummary summarize_log(std::string_view head, std::string_view tail, bool whol
     s.final_energy = read_final_energy(s.engine, head, tail);
     return s;
   }
-  const GaussianHead facts = read_gaussian_head(head);
+  const GaussianHead facts = read_gaussian_head(head, whole_text);
   GaussianArchive archive;
   s.from_archive = read_gaussian_archive(tail, archive);
   const std::string route = facts.route.empty() ? archive.route : facts.route;
