@@ -20,7 +20,25 @@ const std::string kArchive =
 TEST(LogSummary, WholeArchiveEntriesAndMethodNames) {
   GaussianArchive a;
   EXPECT_TRUE(read_gaussian_archive("text\n" + kArchive + " Normal termination\n", a));
+  EXPECT_EQ(a.levels.back().label, "CCSD(T)");
   EXPECT_FALSE(read_gaussian_archive("x\n" + kArchive.substr(0, kArchive.size() - 6), a));
+  // The wrap splits the closing "\\@" after its first or second character (the recorded run
+  // check_archive_wrapped_end shows both in a crystal); a blank line or a line without the
+  // leading blank ends the entry.
+  const std::string body = kArchive.substr(0, kArchive.size() - 4);  // without "\\@\n"
+  const struct {
+    const char* end;
+    bool read;
+  } ends[] = {{"\\\n \\@\n", true},
+              {"\\\\\n @\n", true},
+              {"\\\\\n\n @\n", false},  // a blank line: cut off
+              {"\\\\\n@\n", false}};    // no leading blank: not the entry's
+  for (const auto& c : ends) {
+    SCOPED_TRACE(c.end);
+    a = GaussianArchive{};
+    EXPECT_EQ(read_gaussian_archive("x\n" + body + c.end, a), c.read);
+    EXPECT_EQ(a.levels.empty() ? "" : a.levels.back().label, c.read ? "CCSD(T)" : "");
+  }
   EXPECT_FALSE(read_gaussian_archive("x\n SCF Done\n", a));
   EXPECT_EQ(method_key("U"), "U");  // R and U are prefixes only when a name follows
 }

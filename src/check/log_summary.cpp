@@ -303,13 +303,20 @@ const char* termination_name(Termination termination) {
 bool read_gaussian_archive(std::string_view text, GaussianArchive& archive) {
   const std::size_t begin = text.rfind("\n 1\\1\\");
   if (begin == npos) return false;
-  const std::size_t end = text.find("\\\\@", begin);
-  if (end == npos) return false;
-  // Unwrap: every line of the entry begins with one blank.
+  // The entry as the engine wrote it before wrapping: every line of it begins with one blank,
+  // and the wrap may fall anywhere, inside the closing "\\@" too ("...]\\" then " @"). The
+  // lines are joined first; the entry ends at the first "\\@" of the joined text.
   std::string entry;
-  for (const std::string_view line : lines_of(text.substr(begin + 1, end + 3 - begin - 1))) {
-    entry += std::string(line.substr(std::min<std::size_t>(1, line.size())));
+  std::size_t end = npos;
+  for (const std::string_view line : lines_of(text.substr(begin + 1))) {
+    if (line.empty() || line[0] != ' ') return false;  // cut off before its end
+    const std::size_t joined = entry.size();
+    entry.append(line.substr(1));
+    end = entry.find("\\\\@", joined < 2 ? 0 : joined - 2);  // it may begin on the line before
+    if (end != npos) break;
   }
+  if (end == npos) return false;
+  entry.resize(end);
   const std::vector<std::string_view> sections = split(entry, "\\\\");
   if (sections.size() < 5) return false;
   const std::vector<std::string_view> head = split(sections[0], "\\");

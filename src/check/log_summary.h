@@ -44,9 +44,11 @@ struct GaussianArchive {
   std::vector<LevelEnergy> levels;  // "HF" and the correlated levels, in the entry's order
 };
 
-// Reads the last complete archive entry of `text` (a line beginning " 1\1\", up to "\\@").
-// False when there is none or it is cut off. Values that are lists (a scan's energies) are not
-// taken as levels.
+// Reads the last complete archive entry of `text` (a line beginning " 1\1\", up to "\\@"),
+// its lines joined, each without its one leading blank, before it is split at "\": the wrap at
+// 70 columns may fall inside any field or inside the closing "\\@" ("...]\\" then " @", or
+// "\" then " \@"). False when there is none or it is cut off. Values that are lists (a scan's
+// energies) are not taken as levels.
 //
 //   " 1\1\G\SP\RMP2-FC\STO-3G\H2O1\U\D\0\\#P MP2/STO-3G\\Water\\0,1\O\H,1,0.99\H,1,0.99,2,106.
 //   \\Version=X\HF=-74.96\MP2=-75.00\\@"  ->  SP, RMP2-FC, STO-3G, H2O1, 0, 1, 3 atoms,
