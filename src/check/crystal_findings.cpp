@@ -355,7 +355,7 @@ void check_site(const CrystalInputs& in, const SiteJob& site, Findings& out) {
       out.add("atom-count-mismatch", Severity::wrong_number, site.site, row->file,
               format_text("%d atoms, the neutral %s has %d: not the same molecule", s.atom_count,
                           neutral.file.c_str(), n.atom_count));
-    } else if (!s.formula.empty() && !n.formula.empty() && s.formula != n.formula) {
+    } else if (!s.formula.empty() && !n.formula.empty() && !same_formula(s.formula, n.formula)) {
       out.add("formula-mismatch", Severity::wrong_number, site.site, row->file,
               "formula " + s.formula + ", the neutral " + neutral.file + " has " + n.formula +
                   ": not the same molecule");
