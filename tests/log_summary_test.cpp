@@ -41,6 +41,9 @@ TEST(LogSummary, WholeArchiveEntriesAndMethodNames) {
   }
   EXPECT_FALSE(read_gaussian_archive("x\n SCF Done\n", a));
   EXPECT_EQ(method_key("U"), "U");  // R and U are prefixes only when a name follows
+  // A TD job's method: its ground state compared, the TD kind kept.
+  EXPECT_EQ(method_key("RB3LYP TD-FC"), "B3LYP");
+  EXPECT_EQ(not_scf_kind("RB3LYP TD-FC", ""), "TD");
 }
 
 }  // namespace

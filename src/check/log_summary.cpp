@@ -242,7 +242,7 @@ void route_level(std::string_view route, std::string& method, std::string& basis
 
 // The kind of a method key (see method_key()) whose total energy is not the SCF energy.
 std::string kind_of_method(const std::string& m) {
-  if (m == "TD" || m == "TDA" || contains(m, " TD")) return "TD";
+  if (m == "TD" || m == "TDA") return "TD";
   if (starts_with(m, "EOM")) return "EOM";
   for (const char* p : {"CCSD", "CCD", "QCISD", "BD"}) {
     if (starts_with(m, p)) return "coupled cluster";
@@ -345,7 +345,9 @@ bool read_gaussian_archive(std::string_view text, GaussianArchive& archive) {
 }
 
 std::string method_key(std::string_view method) {
-  std::string key = upper(trim(method));
+  // The ground-state method is the first word: "RB3LYP TD-FC" is B3LYP with TD on top.
+  method = trim(method);
+  std::string key = upper(method.substr(0, method.find(' ')));
   if (starts_with(key, "RO") && key.size() > 2) {
     key.erase(0, 2);
   } else if ((starts_with(key, "R") || starts_with(key, "U")) && key.size() > 1) {
@@ -356,7 +358,8 @@ std::string method_key(std::string_view method) {
 }
 
 std::string not_scf_kind(std::string_view method, std::string_view route) {
-  std::string kind = kind_of_method(method_key(method));
+  // An excited-state treatment follows the ground-state method after a blank: "RB3LYP TD-FC".
+  std::string kind = contains(upper(method), " TD") ? "TD" : kind_of_method(method_key(method));
   for (const std::string& word : route_words(route)) {
     if (!kind.empty()) break;
     const std::size_t slash = word.find('/');

@@ -97,11 +97,12 @@ struct LogSummary {
 //   -> engine gaussian, termination normal
 LogSummary summarize_log(std::string_view head, std::string_view tail, bool whole_text);
 
-// A method as compared between files: upper case, without the restricted, unrestricted or
-// restricted-open prefix (R, U, RO) and without Gaussian's frozen-core suffix "-FC", which is
-// its default.
+// A method as compared between files: the ground-state method (an excited-state treatment
+// after a blank, "RB3LYP TD-FC", is left out: the energy taken is the ground state's), upper
+// case, without the restricted, unrestricted or restricted-open prefix (R, U, RO) and without
+// Gaussian's frozen-core suffix "-FC", which is its default.
 //
-//   "UB3LYP" -> "B3LYP";   "rmp2-fc" -> "MP2";   "ROHF" -> "HF"
+//   "UB3LYP" -> "B3LYP";   "rmp2-fc" -> "MP2";   "ROHF" -> "HF";   "RB3LYP TD-FC" -> "B3LYP"
 std::string method_key(std::string_view method);
 
 // The kind of method, among those whose total energy is not the SCF energy, named by the
@@ -109,7 +110,8 @@ std::string method_key(std::string_view method);
 // "MPn", "coupled cluster", "CI", "TD", "EOM", "ONIOM", "counterpoise", "composite",
 // "double hybrid".
 //
-//   "RCCSD(T)-FC", "" -> "coupled cluster";   "B3LYP", "#p b3lyp/sto-3g td(nstates=5)" -> "TD"
+//   "RCCSD(T)-FC", "" -> "coupled cluster";   "B3LYP", "#p b3lyp/sto-3g td(nstates=5)" -> "TD";
+//   "RB3LYP TD-FC", "" -> "TD"
 std::string not_scf_kind(std::string_view method, std::string_view route);
 
 #endif  // GET_INTER_ENER_LOG_SUMMARY_H
