@@ -310,8 +310,7 @@ void check_run(const FileRow& row, Findings& out) {
     out.add("optimisation-not-converged", Severity::worth_knowing, row.site, row.file,
             "the optimisation did not reach its stationary point: the energy of its last step "
             "is taken");
-  } else if (s.scan || s.dynamics ||
-             (!s.optimisation && (s.scf_count > 1 || (s.scf_count < 0 && s.scf_seen > 1)))) {
+  } else if (s.scan || s.dynamics || (!s.optimisation && s.scf_count > 1)) {
     const std::string kind = s.scan ? "a scan" : s.dynamics ? "a dynamics run" : "a run";
     const std::string count =
         s.scf_count > 0 ? std::to_string(s.scf_count) + " SCF energies" : "several SCF energies";

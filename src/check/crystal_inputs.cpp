@@ -14,24 +14,22 @@
 namespace {
 
 // Summarises what the reader kept of an output (`scan`) into `row`: the whole text when head
-// and tail cover it, else its two ends.
+// and tail cover it, else its two ends; the "SCF Done" lines as the reader counted them.
 void fill_file_row(const LogScan& scan, FileRow& row) {
   row.read = scan.status;
   row.read_error = scan.error;
   if (scan.status != LogReadStatus::ok) return;
   const bool size_known = scan.whole_text || scan.text_size > 0;
-  std::string whole;
-  bool is_whole = true;
   if (scan.head.size() < kHeadBytes) {
-    whole = scan.head;
+    row.summary = summarize_log(scan.head, scan.head);
   } else if (size_known && scan.text_size <= scan.head.size() + scan.tail.size()) {
     const std::size_t rest = static_cast<std::size_t>(scan.text_size) - scan.head.size();
-    whole = scan.head + scan.tail.substr(scan.tail.size() - rest);
+    const std::string whole = scan.head + scan.tail.substr(scan.tail.size() - rest);
+    row.summary = summarize_log(whole, whole);
   } else {
-    is_whole = false;
+    row.summary = summarize_log(scan.head, scan.tail);
   }
-  row.summary =
-      is_whole ? summarize_log(whole, whole, true) : summarize_log(scan.head, scan.tail, false);
+  if (scan.markers_counted) row.summary.scf_count = static_cast<int>(scan.marker_count);
   if (scan.marker_found) {
     const SpEnerResult result = sp_ener_from_line(scan.energy_entry);
     row.energy = result.status;
@@ -67,6 +65,7 @@ void read_file_row(FileRow& row) {
   LogScanOptions options;
   options.head_bytes = kHeadBytes;
   options.tail_bytes = kTailBytes;
+  options.count_markers = true;  // an exact SCF column: every byte is read once, forward
   LogScan scan;
   scan_log_file(row.file.c_str(), options, scan);
   fill_file_row(scan, row);

@@ -64,12 +64,13 @@ struct CrystalInputs {
   std::vector<std::string> stale_tables;
 };
 
-// Reads the output `row.file` (its first kHeadBytes and last kTailBytes bytes, and its energy
-// line, through the energy job's reader) into `row`. The text counts as whole, and its
-// "SCF Done" lines are counted, when the head is shorter than asked or head and tail together
-// cover a text of known size.
+// Reads the output `row.file` (its first kHeadBytes and last kTailBytes bytes, its energy line,
+// and the number of its "SCF Done" lines, through the energy job's reader, in one forward
+// reading of every byte) into `row`. The text counts as whole when the head is shorter than
+// asked or head and tail together cover a text of known size.
 //
-//   a 2 KB output -> summary.scf_count = its "SCF Done" lines;   a 1 MB output -> -1
+//   a 2 KB output -> the summary of all its text;   a 1 MB output -> of its two ends, and its
+//   exact summary.scf_count either way
 void read_file_row(FileRow& row);
 
 // Reads the batch list `batch_name` from the working directory, each distinct file it names,

@@ -26,12 +26,6 @@ bool starts_with(std::string_view text, std::string_view prefix) {
 
 bool contains(std::string_view text, std::string_view what) { return text.find(what) != npos; }
 
-std::size_t count_of(std::string_view text, std::string_view what) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(what); at != npos; at = text.find(what, at + what.size())) ++n;
-  return n;
-}
-
 std::string_view trim(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(" \t\r\n");
   if (begin == npos) return {};
@@ -368,13 +362,10 @@ std::string not_scf_kind(std::string_view method, std::string_view route) {
   return kind;
 }
 
-LogSummary summarize_log(std::string_view head, std::string_view tail, bool whole_text) {
+LogSummary summarize_log(std::string_view head, std::string_view tail) {
   LogSummary s;
   s.engine = recognise_engine(head, tail);
   s.termination = read_termination(s.engine, tail);
-  s.scf_seen =
-      static_cast<int>(count_of(head, "SCF Done") + (whole_text ? 0 : count_of(tail, "SCF Done")));
-  if (whole_text) s.scf_count = s.scf_seen;
   if (s.engine != Engine::gaussian) {
     s.final_energy = read_final_energy(s.engine, head, tail);
     return s;

@@ -80,8 +80,9 @@ struct LogSummary {
   std::string job_type;  // the archive's; "" unknown
   std::string not_scf;   // the kind of method whose total energy is not the SCF energy, or ""
   std::vector<LevelEnergy> levels;  // the archive's energies, then a TD job's total energy
-  int scf_count = -1;  // "SCF Done" lines of the whole text; -1 when it was not all read
-  int scf_seen = 0;    // "SCF Done" lines in what was read
+  // "SCF Done" lines of the whole text, counted by the reader (see read_file_row()); -1 when
+  // they were not counted.
+  int scf_count = -1;
   bool optimisation = false;
   bool converged = false;  // an optimisation that found its stationary point
   bool scan = false;
@@ -90,12 +91,12 @@ struct LogSummary {
   FinalEnergyLine final_energy;  // the other engines
 };
 
-// The summary of an output whose text begins with `head` and ends with `tail`. When
-// `whole_text` is set, `head` is the whole text (and `tail` its end, or all of it too).
+// The summary of an output whose text begins with `head` and ends with `tail` (both the whole
+// text when it is short). Its "SCF Done" lines are not counted here: scf_count stays -1.
 //
 //   head " Entering Gaussian System ...", tail "... Normal termination of Gaussian 16 ..."
 //   -> engine gaussian, termination normal
-LogSummary summarize_log(std::string_view head, std::string_view tail, bool whole_text);
+LogSummary summarize_log(std::string_view head, std::string_view tail);
 
 // A method as compared between files: the ground-state method (an excited-state treatment
 // after a blank, "RB3LYP TD-FC", is left out: the energy taken is the ground state's), upper
