@@ -47,3 +47,38 @@ TEST(LogSummary, WholeArchiveEntriesAndMethodNames) {
 }
 
 }  // namespace
+
+// The final energy of the other engines: the last total-energy line in each engine's own
+// shapes, its level named (the recorded run check_correlated_other_engines shows one shape of
+// each engine in a crystal); lines that look alike but hold no total are passed over.
+TEST(LogSummary, FinalEnergyOfTheHighestLevel) {
+  const struct {
+    Engine engine;
+    const char* text;
+    const char* level;  // "" for none found
+    double hartree;
+  } cases[] = {
+      {Engine::orca, "E(MP2)  ...  -76.1\nMP2 TOTAL ENERGY:      -76.2 Eh\n", "MP2", -76.2},
+      {Engine::orca,
+       "Total Energy  :  -76.0 Eh\nE(X)  :  -8.9 Eh\nFINAL SINGLE POINT ENERGY -76.0\n", "SCF",
+       -76.0},
+      {Engine::qchem,
+       " Total energy in the final basis set =  -76.0\n RI-MP2 TOTAL ENERGY  =  -76.2 au\n",
+       "RI-MP2", -76.2},
+      {Engine::qchem, " CCSD total energy  = -76.23\n CCSD(T) total energy = -76.24\n", "CCSD(T)",
+       -76.24},
+      {Engine::qchem, " Total energy for state  1:  -75.7 au\n", "", 0.0},
+      {Engine::qchem, " Total  MP2   correlation energy =  -0.2 au\n", "", 0.0},
+      {Engine::nwchem, " CCSD(T) total energy / hartree  =  -76.24\n", "CCSD(T)", -76.24},
+      {Engine::nwchem, " Total SCF energy =  -76.0\n MBPT(2) total energy / hartree = -76.2\n",
+       "MBPT(2)", -76.2},
+      {Engine::nwchem, " Total times  cpu:  1.2s\n", "", 0.0},
+      {Engine::gaussian, " MP2 total energy = -76.2\n", "", 0.0},  // Gaussian: its archive
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const FinalEnergyLine f = read_final_energy(c.engine, c.text);
+    EXPECT_EQ(f.found ? f.level : "", c.level);
+    EXPECT_EQ(f.hartree, c.hartree);
+  }
+}

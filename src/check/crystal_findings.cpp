@@ -258,8 +258,9 @@ void check_energy_line(const FileRow& row, Findings& out) {
     if (s.engine != Engine::gaussian && s.engine != Engine::unknown) {
       message += std::string("; this ") + engine_name(s.engine) + " output ";
       message += s.final_energy.found
-                     ? format_text("prints its final energy %.15g hartree as \"%s\"",
-                                   s.final_energy.hartree, s.final_energy.line.c_str())
+                     ? format_text("prints its final energy, %s, %.15g hartree as \"%s\"",
+                                   s.final_energy.level.c_str(), s.final_energy.hartree,
+                                   s.final_energy.line.c_str())
                      : std::string("holds no final-energy line in what was read");
     }
     out.add("no-energy-line", Severity::stop, row.site, row.file, message);

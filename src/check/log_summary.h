@@ -55,14 +55,24 @@ struct GaussianArchive {
 //   {HF -74.96, MP2 -75.00}
 bool read_gaussian_archive(std::string_view text, GaussianArchive& archive);
 
-// The final energy of a run of another engine, as it prints it: ORCA's
-// "FINAL SINGLE POINT ENERGY", Q-Chem's "Total energy in the final basis set", NWChem's
-// "Total DFT energy" or "Total SCF energy".
+// The final energy of a run of another engine: the total energy of the highest level the
+// output prints, the last total-energy line of its text, and the level it is of.
 struct FinalEnergyLine {
   bool found = false;
   std::string line;  // the line, trimmed
   double hartree = 0.0;
+  std::string level;  // "SCF", "DFT", "MP2", "CCSD(T)", ... as the engine names it, upper case
 };
+
+// The final energy that `text` of an output of ORCA, Q-Chem or NWChem prints: its last line of
+// a total energy ("FINAL SINGLE POINT ENERGY" for ORCA, named by the last level before it, as
+// "E(CCSD(T))" or "MP2 TOTAL ENERGY"; Q-Chem's "Total energy in the final basis set" (SCF) or
+// "<level> total energy ="; NWChem's "Total <level> energy" or "<level> total energy / hartree
+// ="). Not found for a text without one, and for any other engine.
+//
+//   " Total SCF energy =  -76.02\n          Total MP2 energy     -76.22\n" (NWChem)
+//   -> found, -76.22, level "MP2", line "Total MP2 energy     -76.22"
+FinalEnergyLine read_final_energy(Engine engine, std::string_view text);
 
 // Everything known of one output. Numbers that are unknown are 0 (counts) or flagged; a charge
 // beyond +-1000 or a multiplicity outside 1..1000 counts as unknown.
