@@ -41,4 +41,39 @@ TEST(ReadFileRow, CountsScfEnergiesOfEveryByte) {
   std::remove(name.c_str());
 }
 
+// An ORCA NMR job prints its final energy some 400 KB before its end, beyond the kept tail: the
+// file is read further back until a block holds it, or to its beginning when none does.
+TEST(ReadFileRow, FindsAFinalEnergyFarBeforeTheEnd) {
+  const std::string banner = "\n* O   R   C   A *\n";
+  std::string properties;  // 400 KiB of lines after the final energy
+  for (int i = 0; i < 400 * 16; ++i)
+    properties += " NMR shielding tensor, a line of 64 bytes .....................\n";
+  const std::string end = "****ORCA TERMINATED NORMALLY****\n";
+  const std::string before = properties.substr(0, 2 * kHeadBytes);  // the final line past the head
+  const struct {
+    std::string text;
+    const char* level;  // "" none found
+    double hartree;
+  } cases[] = {
+      {banner + before + "FINAL SINGLE POINT ENERGY  -382.05\n" + properties + end, "SCF", -382.05},
+      // The level 200 KiB before the final line: in the block before the one that holds it.
+      {banner + before + "E(CCSD(T))  ...  -76.24\n" + properties.substr(0, 200 * 1024) +
+           "FINAL SINGLE POINT ENERGY  -76.24\n" + properties + end,
+       "CCSD(T)", -76.24},
+      {banner + properties + end, "", 0.0},
+  };
+  const std::string name = test_file_path(".log");
+  for (const auto& c : cases) {
+    std::ofstream(name, std::ios::binary) << c.text;
+    FileRow row;
+    row.file = name;
+    read_file_row(row);
+    const FinalEnergyLine& f = row.summary.final_energy;
+    EXPECT_EQ(row.summary.engine, Engine::orca);
+    EXPECT_EQ(f.found ? f.level : "", c.level);
+    EXPECT_EQ(f.hartree, c.hartree);
+  }
+  std::remove(name.c_str());
+}
+
 }  // namespace

@@ -38,6 +38,36 @@ void fill_file_row(const LogScan& scan, FileRow& row) {
   }
 }
 
+// An output of another engine whose final-energy line lies before the kept ends (an ORCA NMR
+// job prints it some 400 KB before its end): its plain file is read further back, a tail's size
+// at a time, until a block holds one or the file begins. A compressed output is not read again.
+void read_final_energy_further_back(const LogScan& scan, FileRow& row) {
+  LogSummary& s = row.summary;
+  if (s.final_energy.found || s.engine == Engine::gaussian || s.engine == Engine::unknown ||
+      scan.format != TextFormat::plain || scan.text_size <= scan.head.size() + scan.tail.size()) {
+    return;
+  }
+  // From the first line that begins in the tail, back.
+  std::uint64_t end = scan.text_size - scan.tail.size() + scan.tail.find('\n') + 1;
+  std::string block;
+  for (std::uint64_t begin = 0; end > 0; end = begin) {
+    if (read_lines_before(row.file.c_str(), end, kTailBytes, block, begin) != LogReadStatus::ok) {
+      return;
+    }
+    s.final_energy = read_final_energy(s.engine, block);
+    if (!s.final_energy.found) continue;
+    // Read again so that the block ends with that line: a level named just before it, maybe
+    // in the block before, is then in it.
+    const std::size_t line_end = block.find('\n', block.rfind(s.final_energy.line));
+    if (line_end == std::string::npos) return;
+    if (read_lines_before(row.file.c_str(), begin + line_end + 1, kTailBytes, block, begin) ==
+        LogReadStatus::ok) {
+      s.final_energy = read_final_energy(s.engine, block);
+    }
+    return;
+  }
+}
+
 // The names in the working directory of site tables ("EHnn.dat", "ELnn.dat", as the energy job
 // names them) of sites outside 1..site_count.
 std::vector<std::string> stale_site_tables(int site_count) {
@@ -69,6 +99,7 @@ void read_file_row(FileRow& row) {
   LogScan scan;
   scan_log_file(row.file.c_str(), options, scan);
   fill_file_row(scan, row);
+  if (scan.status == LogReadStatus::ok) read_final_energy_further_back(scan, row);
 }
 
 CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {

@@ -12,10 +12,11 @@
 #include "log_reader.h"
 #include "log_summary.h"
 
-// How much of an output's text is read: its first 32 KiB hold Gaussian's route section, charge
+// How much of an output's text is kept: its first 32 KiB hold Gaussian's route section, charge
 // and multiplicity line and atom list (on the real outputs they end within 14 KB), its last
 // 256 KiB the archive entry, the termination line and the other engines' final-energy line
-// (which NWChem prints up to 113 KB before the end).
+// (which NWChem prints up to 113 KB before the end). Where that line lies further back (an
+// ORCA NMR job), the file is read back in blocks of kTailBytes until one holds it.
 constexpr std::size_t kHeadBytes = 32 * 1024;
 constexpr std::size_t kTailBytes = 256 * 1024;
 

@@ -73,6 +73,16 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
 void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
                                 LogScan& scan);
 
+// The run of whole lines of the plain regular file `file_name` that lies just before byte `end`
+// (a line start, or the file's size), at most `bytes` long, into `text`, and where it begins
+// into `begin`: for reading a file further back, block after block, in bounded memory. A line
+// longer than `bytes` is cut at its start. cannot_open for a file that is missing or not a
+// regular file (never waiting on a FIFO), read_failed for a failed or short read.
+//
+//   "ab\ncd\nef\n", end 9, bytes 5  ->  "ef\n", begin 6;   then end 6  ->  "cd\n", begin 3
+LogReadStatus read_lines_before(const char* file_name, std::uint64_t end, std::size_t bytes,
+                                std::string& text, std::uint64_t& begin);
+
 // Number of entries of `text`: each physical line (its newline included, the last one
 // perhaps without) counts one entry per started 1023 characters. An empty text has none.
 //

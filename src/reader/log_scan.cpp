@@ -218,6 +218,32 @@ void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions
   result.whole_text = end == 0;
 }
 
+LogReadStatus read_lines_before(const char* file_name, std::uint64_t end, std::size_t bytes,
+                                std::string& text, std::uint64_t& begin) {
+  struct stat info {};
+  // Only a regular file is read again: a FIFO would wait for a writer.
+  if (stat(file_name, &info) != 0 || !S_ISREG(info.st_mode)) return LogReadStatus::cannot_open;
+  const int fd = open_input_fd(file_name, info);
+  if (fd < 0) return LogReadStatus::cannot_open;
+  // One byte more than asked, when there is one: whether a line starts at end - bytes.
+  const std::uint64_t low = end > bytes ? end - bytes - 1 : 0;
+  text.resize(static_cast<std::size_t>(end - low));
+  LogScan failure;
+  const bool read = read_at(fd, text.data(), text.size(), low, failure);
+  close(fd);
+  if (!read) return LogReadStatus::read_failed;
+  // The run starts after the first newline (the extra byte's own, when a line starts just after
+  // it), unless it begins the file; a line longer than `bytes` is cut after the extra byte.
+  std::size_t skip = 0;
+  if (end > bytes) {
+    const std::size_t newline = text.find('\n');
+    skip = newline != std::string::npos && newline + 1 < text.size() ? newline + 1 : 1;
+  }
+  text.erase(0, skip);
+  begin = low + skip;
+  return LogReadStatus::ok;
+}
+
 void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& result) {
   result = LogScan{};
   struct stat info {};
