@@ -73,12 +73,12 @@ fuzz:
 # BENCH_MIB/16 MiB before the end), and thirty of 16 MiB (24 KiB before the end, as in a real
 # single point). The whole job against cat with a warm page cache, through FIFOs, and with a
 # cold page cache (every file evicted before each run), BENCH_RUNS alternating runs each
-# (BENCH_COLD_RUNS cold); the reader's throughput on one file; the check against the job, page
-# cache warm and cold, on the large outputs (against the job with -verbose, which reads every
-# byte) and on the example crystal; the job on the three outputs compressed with each format (compressed
-# once and kept) against zcat, bzcat, xzcat and zstdcat in BENCH_COMPRESSED_RUNS alternating
-# runs. Last, the many-crystals workflow against a plain shell loop on a generated campaign of
-# 1000 small crystals (build/bench/campaign-1000, kept), warm cache.
+# (BENCH_COLD_RUNS cold); the reader's throughput on one file; the check against the job and
+# the job with -verbose, page cache warm and cold, on the three large outputs and on the example
+# crystal; the job on the three outputs compressed with each format (compressed once and kept)
+# against zcat, bzcat, xzcat and zstdcat in BENCH_COMPRESSED_RUNS alternating runs. Last, the
+# many-crystals workflow against a plain shell loop on a generated campaign of 1000 small
+# crystals (build/bench/campaign-1000, kept), warm cache.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -90,13 +90,14 @@ bench:
 	$(BENCH_DIR)/bench/log_reader_bench $(BENCH_DATA)/mol_1.log
 	printf '1\nmol_1.log mol_2.log mol_3.log\n' > $(BENCH_DATA)/int_ener_files.dat
 	printf '#\n#\n1\n1\n1\n1\n' > $(BENCH_DATA)/neighbor.dat
-	$(BENCH_DIR)/bench/check_vs_job -verbose 1.5 $(abspath $(BENCH_DIR))/src/get_inter_ener \
-	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_DATA) $(BENCH_RUNS) \
+	$(BENCH_DIR)/bench/check_vs_job $(abspath $(BENCH_DIR))/src/get_inter_ener \
+	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_DATA) $(BENCH_RUNS) 0 \
 	  mol_1.log mol_2.log mol_3.log
 	rm -rf $(BENCH_DIR)/example && mkdir -p $(BENCH_DIR)/example
-	cp examples/*.log examples/*.log.gz examples/*.dat $(BENCH_DIR)/example/
-	$(BENCH_DIR)/bench/check_vs_job 1.2 $(abspath $(BENCH_DIR))/src/get_inter_ener \
-	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_DIR)/example $(BENCH_RUNS) \
+	cp examples/*.log examples/*.log.gz examples/int_ener_files.dat examples/neighbor.dat \
+	  $(BENCH_DIR)/example/
+	$(BENCH_DIR)/bench/check_vs_job $(abspath $(BENCH_DIR))/src/get_inter_ener \
+	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_DIR)/example $(BENCH_RUNS) 1.2 \
 	  $(notdir $(wildcard examples/*.log examples/*.log.gz))
 	$(BENCH_DIR)/bench/compressed_vs_decompressor $(abspath $(BENCH_DIR))/src/get_inter_ener \
 	  $(BENCH_DATA) $(BENCH_COMPRESSED_RUNS) mol_1.log mol_2.log mol_3.log

@@ -1,6 +1,6 @@
 // Fuzzes the check's reading of an output's head and tail (engine, termination, route section,
-// charge line, atoms, the closing archive entry) on arbitrary text: nothing read out of bounds
-// (the sanitizers), and the same summary whether the text is given whole or as its two ends.
+// charge line, atoms, the closing archive entry, the other engines' final-energy lines) on
+// arbitrary text: nothing read out of bounds (the sanitizers), given whole or as a tail alone.
 #include <cstdint>
 #include <string_view>
 
@@ -8,9 +8,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
-  const LogSummary whole = summarize_log(text, text, true);
-  // A text short enough to lie in both windows reads the same when given as its two ends.
-  const LogSummary ends = summarize_log(text, text, false);
-  if (whole.engine != ends.engine || whole.termination != ends.termination) __builtin_trap();
+  summarize_log(text, text, true);
+  summarize_log({}, text, false);
   return 0;
 }

@@ -19,6 +19,14 @@ TEST(ChemFormula, HillOrderAndElectrons) {
   EXPECT_EQ(formula_electrons(most), 100000000);
   EXPECT_EQ(formula_electrons(most + "H"), -1);
   EXPECT_EQ(formula_electrons(""), -1);
+  // One molecule in the notations of the archive entry and of the head's atoms.
+  EXPECT_TRUE(same_formula("H2O1", "H2O"));
+  EXPECT_TRUE(same_formula("C1O1", "OC"));
+  EXPECT_TRUE(same_formula("CH2Cl2", "C1Cl2H2"));
+  EXPECT_FALSE(same_formula("C2H4", "C2H6"));
+  EXPECT_FALSE(same_formula("C2H4", "C2H4Cl"));
+  EXPECT_FALSE(same_formula("CO", "Co"));  // carbon and oxygen, cobalt
+  EXPECT_FALSE(same_formula("Xx", "Xx"));  // no formula: never the same
   EXPECT_EQ(atomic_number("Rn"), 86);
   EXPECT_EQ(atomic_number("Redundant"), 0);
 }

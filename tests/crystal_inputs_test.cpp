@@ -12,17 +12,22 @@
 
 namespace {
 
-// A file is read whole up to head plus tail bytes; beyond, only its ends are seen.
-TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
+// The "SCF Done" lines are counted in every byte, however large the file: head and tail
+// overlapping, or far apart (the middle one seen by neither). A line that holds the marker twice
+// counts once, the file's first line never (the job never takes it).
+TEST(ReadFileRow, CountsScfEnergiesOfEveryByte) {
   const std::string scf = " SCF Done:  E(RB3LYP) =  -78.5     A.U.\n";
   const std::string pad(kHeadBytes, ' ');
+  const std::string far(kTailBytes, '\n');
   const struct {
     std::string text;
-    int count, seen;
+    int count;
   } cases[] = {
-      {"x\n" + scf + scf, 2, 2},
-      {"x\n" + scf + pad + scf + scf, 3, 3},  // head and tail overlap
-      {"x\n" + scf + pad + std::string(kTailBytes, '\n') + scf + scf, -1, 3},  // ends only
+      {"x\n" + scf + scf, 2},
+      {scf + scf, 1},
+      {"x\n" + scf + pad + scf + scf, 3},
+      {"x\n" + scf + pad + scf + far + scf + far + scf, 4},
+      {"x\n SCF Done SCF Done\n" + pad + far + scf, 2},
   };
   const std::string name = test_file_path(".log");
   for (const auto& c : cases) {
@@ -32,7 +37,41 @@ TEST(ReadFileRow, CountsScfEnergiesOfFilesReadWhole) {
     read_file_row(row);
     EXPECT_EQ(row.energy, SpEnerStatus::found);
     EXPECT_EQ(row.summary.scf_count, c.count);
-    EXPECT_EQ(row.summary.scf_seen, c.seen);
+  }
+  std::remove(name.c_str());
+}
+
+// An ORCA NMR job prints its final energy some 400 KB before its end, beyond the kept tail: the
+// file is read further back until a block holds it, or to its beginning when none does.
+TEST(ReadFileRow, FindsAFinalEnergyFarBeforeTheEnd) {
+  const std::string banner = "\n* O   R   C   A *\n";
+  std::string properties;  // 400 KiB of lines after the final energy
+  for (int i = 0; i < 400 * 16; ++i)
+    properties += " NMR shielding tensor, a line of 64 bytes .....................\n";
+  const std::string end = "****ORCA TERMINATED NORMALLY****\n";
+  const std::string before = properties.substr(0, 2 * kHeadBytes);  // the final line past the head
+  const struct {
+    std::string text;
+    const char* level;  // "" none found
+    double hartree;
+  } cases[] = {
+      {banner + before + "FINAL SINGLE POINT ENERGY  -382.05\n" + properties + end, "SCF", -382.05},
+      // The level 200 KiB before the final line: in the block before the one that holds it.
+      {banner + before + "E(CCSD(T))  ...  -76.24\n" + properties.substr(0, 200 * 1024) +
+           "FINAL SINGLE POINT ENERGY  -76.24\n" + properties + end,
+       "CCSD(T)", -76.24},
+      {banner + properties + end, "", 0.0},
+  };
+  const std::string name = test_file_path(".log");
+  for (const auto& c : cases) {
+    std::ofstream(name, std::ios::binary) << c.text;
+    FileRow row;
+    row.file = name;
+    read_file_row(row);
+    const FinalEnergyLine& f = row.summary.final_energy;
+    EXPECT_EQ(row.summary.engine, Engine::orca);
+    EXPECT_EQ(f.found ? f.level : "", c.level);
+    EXPECT_EQ(f.hartree, c.hartree);
   }
   std::remove(name.c_str());
 }

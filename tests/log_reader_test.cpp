@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -18,12 +19,16 @@ namespace {
 
 using namespace std::string_literals;
 
-// Compares the count and the search with the reference line reader on `bytes`: in memory,
-// and read from a file backward and forward with blocks of `block` bytes.
+// Compares the counts (entries, entries with the marker) and the search with the reference line
+// reader on `bytes`: in memory, and read from a file backward and forward with blocks of `block`
+// bytes.
 void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 4096) {
   const std::vector<std::string> entries = line_reader_entries(bytes);
   const SpEnerResult expected = reference_scan(entries);
   const SpEnerResult got = scan_sp_ener(bytes, 1);
+  const auto markers = static_cast<std::uint64_t>(  // entries the energy search could take
+      std::count_if(entries.begin() + std::min<std::size_t>(1, entries.size()), entries.end(),
+                    [](const std::string& e) { return e.find("SCF Done") != std::string::npos; }));
   EXPECT_EQ(count_log_entries(bytes), entries.size());
   EXPECT_EQ(got.status, expected.status);
   EXPECT_EQ(got.line, expected.line);
@@ -37,6 +42,7 @@ void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 40
     EXPECT_EQ(scan.marker_found, expected.status != SpEnerStatus::marker_not_found);
     EXPECT_EQ(scan.energy_entry, expected.line);
     EXPECT_EQ(scan.entry_count, forward ? entries.size() : 0u);
+    EXPECT_EQ(scan.marker_count, forward ? markers : 0u);
     EXPECT_EQ(scan.head, bytes.substr(0, 100));
     EXPECT_EQ(scan.tail, bytes.substr(bytes.size() - std::min<std::size_t>(bytes.size(), 100)));
     EXPECT_EQ(scan.text_size, bytes.size());

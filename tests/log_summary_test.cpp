@@ -20,9 +20,30 @@ const std::string kArchive =
 TEST(LogSummary, WholeArchiveEntriesAndMethodNames) {
   GaussianArchive a;
   EXPECT_TRUE(read_gaussian_archive("text\n" + kArchive + " Normal termination\n", a));
+  EXPECT_EQ(a.levels.back().label, "CCSD(T)");
   EXPECT_FALSE(read_gaussian_archive("x\n" + kArchive.substr(0, kArchive.size() - 6), a));
+  // The wrap splits the closing "\\@" after its first or second character (the recorded run
+  // check_archive_wrapped_end shows both in a crystal); a blank line or a line without the
+  // leading blank ends the entry.
+  const std::string body = kArchive.substr(0, kArchive.size() - 4);  // without "\\@\n"
+  const struct {
+    const char* end;
+    bool read;
+  } ends[] = {{"\\\n \\@\n", true},
+              {"\\\\\n @\n", true},
+              {"\\\\\n\n @\n", false},  // a blank line: cut off
+              {"\\\\\n@\n", false}};    // no leading blank: not the entry's
+  for (const auto& c : ends) {
+    SCOPED_TRACE(c.end);
+    a = GaussianArchive{};
+    EXPECT_EQ(read_gaussian_archive("x\n" + body + c.end, a), c.read);
+    EXPECT_EQ(a.levels.empty() ? "" : a.levels.back().label, c.read ? "CCSD(T)" : "");
+  }
   EXPECT_FALSE(read_gaussian_archive("x\n SCF Done\n", a));
   EXPECT_EQ(method_key("U"), "U");  // R and U are prefixes only when a name follows
+  // A TD job's method: its ground state compared, the TD kind kept.
+  EXPECT_EQ(method_key("RB3LYP TD-FC"), "B3LYP");
+  EXPECT_EQ(not_scf_kind("RB3LYP TD-FC", ""), "TD");
 }
 
 // An atom list that runs to the end of the kept head of a longer text is a part of the
@@ -44,3 +65,38 @@ TEST(LogSummary, AtomListCutByTheHeadIsUnknown) {
 }
 
 }  // namespace
+
+// The final energy of the other engines: the last total-energy line in each engine's own
+// shapes, its level named (the recorded run check_correlated_other_engines shows one shape of
+// each engine in a crystal); lines that look alike but hold no total are passed over.
+TEST(LogSummary, FinalEnergyOfTheHighestLevel) {
+  const struct {
+    Engine engine;
+    const char* text;
+    const char* level;  // "" for none found
+    double hartree;
+  } cases[] = {
+      {Engine::orca, "E(MP2)  ...  -76.1\nMP2 TOTAL ENERGY:      -76.2 Eh\n", "MP2", -76.2},
+      {Engine::orca,
+       "Total Energy  :  -76.0 Eh\nE(X)  :  -8.9 Eh\nFINAL SINGLE POINT ENERGY -76.0\n", "SCF",
+       -76.0},
+      {Engine::qchem,
+       " Total energy in the final basis set =  -76.0\n RI-MP2 TOTAL ENERGY  =  -76.2 au\n",
+       "RI-MP2", -76.2},
+      {Engine::qchem, " CCSD total energy  = -76.23\n CCSD(T) total energy = -76.24\n", "CCSD(T)",
+       -76.24},
+      {Engine::qchem, " Total energy for state  1:  -75.7 au\n", "", 0.0},
+      {Engine::qchem, " Total  MP2   correlation energy =  -0.2 au\n", "", 0.0},
+      {Engine::nwchem, " CCSD(T) total energy / hartree  =  -76.24\n", "CCSD(T)", -76.24},
+      {Engine::nwchem, " Total SCF energy =  -76.0\n MBPT(2) total energy / hartree = -76.2\n",
+       "MBPT(2)", -76.2},
+      {Engine::nwchem, " Total times  cpu:  1.2s\n", "", 0.0},
+      {Engine::gaussian, " MP2 total energy = -76.2\n", "", 0.0},  // Gaussian: its archive
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const FinalEnergyLine f = read_final_energy(c.engine, c.text);
+    EXPECT_EQ(f.found ? f.level : "", c.level);
+    EXPECT_EQ(f.hartree, c.hartree);
+  }
+}

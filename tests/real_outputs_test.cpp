@@ -29,6 +29,13 @@ TEST(RealOutputs, AreReadAndClassified) {
       {"gaussian_g16-A.03_b3lyp-td.log", "not-scf-energy"},
       {"gaussian_g16-A.03_b3lyp-freq.log", "frequency-job"},
       {"gaussian_g16-A.03_b3lyp-scan.log", "several-scf-energies"}};
+  const std::map<std::string, std::pair<std::string, double>> finals = {
+      {"orca_5.0.0_rb3lyp-sp.log", {"SCF", -382.055108614123}},
+      {"qchem_5.4.1_b3lyp-sp.log", {"SCF", -382.3003975729}},
+      {"nwchem_7.0.0_b3lyp-sp.log", {"DFT", -382.308242007863}},
+      {"nwchem_6.5_hf-sp.log", {"SCF", -379.768962491035}}};
+  const std::map<std::string, std::string> highest = {
+      {"gaussian_g09-D.01_mp2-sp.log", "MP2"}, {"gaussian_g16-A.03_ccsdt-sp.log", "CCSD(T)"}};
   std::string line;
   std::getline(manifest, line);  // column names
   int checked = 0;
@@ -62,6 +69,18 @@ TEST(RealOutputs, AreReadAndClassified) {
     EXPECT_EQ(found, cells.at(1) != "Gaussian"          ? "no-energy-line"
                      : findings.count(cells.at(0)) != 0 ? findings.at(cells.at(0))
                                                         : "");
+    // Every "SCF Done" line counted, whatever the file's size; the final energy of the other
+    // engines, of the level the output names; the highest level of the correlated Gaussian ones.
+    EXPECT_EQ(row.summary.scf_count, std::stoi(cells.at(6)));
+    if (finals.count(cells.at(0)) != 0) {
+      const FinalEnergyLine& f = row.summary.final_energy;
+      EXPECT_EQ(f.level, finals.at(cells.at(0)).first);
+      EXPECT_EQ(f.hartree, finals.at(cells.at(0)).second);
+    }
+    if (highest.count(cells.at(0)) != 0) {
+      ASSERT_FALSE(row.summary.levels.empty());
+      EXPECT_EQ(row.summary.levels.back().label, highest.at(cells.at(0)));
+    }
   }
   EXPECT_EQ(checked, 12);
 }

@@ -42,7 +42,7 @@ inline std::string write_temp(const std::string& bytes, const std::string& suffi
 // with blocks of `block` bytes, keeping `ends` bytes of head and tail.
 inline LogScan scan_path(const std::string& path, bool count, std::size_t block, std::size_t ends) {
   LogScanOptions options;
-  options.count_entries = count;
+  options.count_entries = options.count_markers = count;
   options.block_bytes = block;
   options.head_bytes = options.tail_bytes = ends;
   LogScan scan;

@@ -61,7 +61,7 @@ std::vector<std::string> row_cells(const Listing& listing) {
           or_dash(s.method),
           or_dash(s.basis),
           or_dash(s.job_type),
-          s.scf_count >= 0 ? std::to_string(s.scf_count) : ">=" + std::to_string(s.scf_seen),
+          s.scf_count >= 0 ? std::to_string(s.scf_count) : "-",  // "-": not counted
           energy_text(row)};
 }
 

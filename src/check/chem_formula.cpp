@@ -51,22 +51,42 @@ std::string hill_formula(const std::vector<std::string>& symbols) {
   return formula;
 }
 
-int formula_electrons(std::string_view formula) {
-  int electrons = 0;
+namespace {
+
+// The count of each element, by atomic number, of `formula` ("H2O1" -> {1: 2, 8: 1}); false for
+// a text that is no formula of known elements, or one that writes more than a million atoms of
+// one element at once or counts more than a hundred million in all (corrupt text).
+bool element_counts(std::string_view formula, std::map<int, long long>& counts) {
+  counts.clear();
   std::size_t i = 0;
   while (i < formula.size()) {
     std::size_t j = i + 1;
-    if (!std::isupper(static_cast<unsigned char>(formula[i]))) return -1;
+    if (!std::isupper(static_cast<unsigned char>(formula[i]))) return false;
     while (j < formula.size() && std::islower(static_cast<unsigned char>(formula[j]))) ++j;
     const int z = atomic_number(formula.substr(i, j - i));
-    if (z == 0) return -1;
+    if (z == 0) return false;
     int count = 0;
     for (i = j; i < formula.size() && std::isdigit(static_cast<unsigned char>(formula[i])); ++i) {
       count = count * 10 + (formula[i] - '0');
-      if (count > 1000000) return -1;
+      if (count > 1000000) return false;
     }
-    electrons += z * (j == i ? 1 : count);
-    if (electrons > 100000000) return -1;  // no molecule: a corrupt formula
+    counts[z] += j == i ? 1 : count;  // a symbol without a count counts once
+    if (counts[z] > 100000000) return false;
   }
-  return formula.empty() ? -1 : electrons;
+  return !formula.empty();
+}
+
+}  // namespace
+
+bool same_formula(std::string_view a, std::string_view b) {
+  std::map<int, long long> in_a, in_b;
+  return element_counts(a, in_a) && element_counts(b, in_b) && in_a == in_b;
+}
+
+int formula_electrons(std::string_view formula) {
+  std::map<int, long long> counts;
+  if (!element_counts(formula, counts)) return -1;
+  long long electrons = 0;
+  for (const auto& [z, count] : counts) electrons += z * count;
+  return electrons > 100000000 ? -1 : static_cast<int>(electrons);  // no molecule: corrupt
 }

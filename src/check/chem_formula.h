@@ -20,6 +20,13 @@ int atomic_number(std::string_view symbol);
 //   {"O", "H", "H"} -> "H2O";   {"h", "C", "C"} -> "C2H"
 std::string hill_formula(const std::vector<std::string>& symbols);
 
+// Whether two formulas name the same atoms: the same count of every element, however each is
+// written (a count of 1 written or not, elements in any order). A text that is no formula of
+// known elements is the same as none.
+//
+//   "H2O1", "H2O" -> true;   "C1O1", "OC" -> true;   "C2H4", "C2H6" -> false;   "Xx", "Xx" -> false
+bool same_formula(std::string_view a, std::string_view b);
+
 // The number of electrons of the neutral molecule of `formula` ("C18H12" -> 156), or -1 for a
 // text that is no formula of known elements. A symbol without a count counts once.
 //

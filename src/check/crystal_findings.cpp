@@ -259,8 +259,9 @@ void check_energy_line(const FileRow& row, Findings& out) {
     if (s.engine != Engine::gaussian && s.engine != Engine::unknown) {
       message += std::string("; this ") + engine_name(s.engine) + " output ";
       message += s.final_energy.found
-                     ? format_text("prints its final energy %.15g hartree as \"%s\"",
-                                   s.final_energy.hartree, s.final_energy.line.c_str())
+                     ? format_text("prints its final energy, %s, %.15g hartree as \"%s\"",
+                                   s.final_energy.level.c_str(), s.final_energy.hartree,
+                                   s.final_energy.line.c_str())
                      : std::string("holds no final-energy line in what was read");
     }
     out.add("no-energy-line", Severity::stop, row.site, row.file, message);
@@ -321,8 +322,7 @@ void check_run(const FileRow& row, Findings& out) {
     out.add("optimisation-not-converged", Severity::worth_knowing, row.site, row.file,
             "the optimisation did not reach its stationary point: the energy of its last step "
             "is taken");
-  } else if (s.scan || s.dynamics ||
-             (!s.optimisation && (s.scf_count > 1 || (s.scf_count < 0 && s.scf_seen > 1)))) {
+  } else if (s.scan || s.dynamics || (!s.optimisation && s.scf_count > 1)) {
     const std::string kind = s.scan ? "a scan" : s.dynamics ? "a dynamics run" : "a run";
     const std::string count =
         s.scf_count > 0 ? std::to_string(s.scf_count) + " SCF energies" : "several SCF energies";
@@ -366,7 +366,7 @@ void check_site(const CrystalInputs& in, const SiteJob& site, Findings& out) {
       out.add("atom-count-mismatch", Severity::wrong_number, site.site, row->file,
               format_text("%d atoms, the neutral %s has %d: not the same molecule", s.atom_count,
                           neutral.file.c_str(), n.atom_count));
-    } else if (!s.formula.empty() && !n.formula.empty() && s.formula != n.formula) {
+    } else if (!s.formula.empty() && !n.formula.empty() && !same_formula(s.formula, n.formula)) {
       out.add("formula-mismatch", Severity::wrong_number, site.site, row->file,
               "formula " + s.formula + ", the neutral " + neutral.file + " has " + n.formula +
                   ": not the same molecule");

@@ -14,30 +14,58 @@
 namespace {
 
 // Summarises what the reader kept of an output (`scan`) into `row`: the whole text when head
-// and tail cover it, else its two ends.
+// and tail cover it, else its two ends; the "SCF Done" lines as the reader counted them.
 void fill_file_row(const LogScan& scan, FileRow& row) {
   row.read = scan.status;
   row.read_error = scan.error;
   if (scan.status != LogReadStatus::ok) return;
   const bool size_known = scan.whole_text || scan.text_size > 0;
-  std::string whole;
-  bool is_whole = true;
   if (scan.head.size() < kHeadBytes) {
-    whole = scan.head;
+    row.summary = summarize_log(scan.head, scan.head, true);
   } else if (size_known && scan.text_size <= scan.head.size() + scan.tail.size()) {
     const std::size_t rest = static_cast<std::size_t>(scan.text_size) - scan.head.size();
-    whole = scan.head + scan.tail.substr(scan.tail.size() - rest);
+    const std::string whole = scan.head + scan.tail.substr(scan.tail.size() - rest);
+    row.summary = summarize_log(whole, whole, true);
   } else {
-    is_whole = false;
+    row.summary = summarize_log(scan.head, scan.tail, false);
   }
-  row.summary =
-      is_whole ? summarize_log(whole, whole, true) : summarize_log(scan.head, scan.tail, false);
+  if (scan.markers_counted) row.summary.scf_count = static_cast<int>(scan.marker_count);
   if (scan.marker_found) {
     const SpEnerResult result = sp_ener_from_line(scan.energy_entry);
     row.energy = result.status;
     row.energy_line = scan.energy_entry;
     row.hartree = result.hartree;
     row.energy_is_number = result.status != SpEnerStatus::found || result.field_is_number;
+  }
+}
+
+// An output of another engine whose final-energy line lies before the kept ends (an ORCA NMR
+// job prints it some 400 KB before its end): its plain file is read further back, a tail's size
+// at a time, until a block holds one or the file begins. A compressed output is not read again.
+void read_final_energy_further_back(const LogScan& scan, FileRow& row) {
+  LogSummary& s = row.summary;
+  if (s.final_energy.found || s.engine == Engine::gaussian || s.engine == Engine::unknown ||
+      scan.format != TextFormat::plain || scan.text_size <= scan.head.size() + scan.tail.size()) {
+    return;
+  }
+  // From the first line that begins in the tail, back.
+  std::uint64_t end = scan.text_size - scan.tail.size() + scan.tail.find('\n') + 1;
+  std::string block;
+  for (std::uint64_t begin = 0; end > 0; end = begin) {
+    if (read_lines_before(row.file.c_str(), end, kTailBytes, block, begin) != LogReadStatus::ok) {
+      return;
+    }
+    s.final_energy = read_final_energy(s.engine, block);
+    if (!s.final_energy.found) continue;
+    // Read again so that the block ends with that line: a level named just before it, maybe
+    // in the block before, is then in it.
+    const std::size_t line_end = block.find('\n', block.rfind(s.final_energy.line));
+    if (line_end == std::string::npos) return;
+    if (read_lines_before(row.file.c_str(), begin + line_end + 1, kTailBytes, block, begin) ==
+        LogReadStatus::ok) {
+      s.final_energy = read_final_energy(s.engine, block);
+    }
+    return;
   }
 }
 
@@ -68,9 +96,11 @@ void read_file_row(FileRow& row) {
   LogScanOptions options;
   options.head_bytes = kHeadBytes;
   options.tail_bytes = kTailBytes;
+  options.count_markers = true;  // an exact SCF column: every byte is read once, forward
   LogScan scan;
   scan_log_file(row.file.c_str(), options, scan);
   fill_file_row(scan, row);
+  if (scan.status == LogReadStatus::ok) read_final_energy_further_back(scan, row);
 }
 
 CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {

@@ -12,10 +12,11 @@
 #include "log_reader.h"
 #include "log_summary.h"
 
-// How much of an output's text is read: its first 32 KiB hold Gaussian's route section, charge
+// How much of an output's text is kept: its first 32 KiB hold Gaussian's route section, charge
 // and multiplicity line and atom list (on the real outputs they end within 14 KB), its last
 // 256 KiB the archive entry, the termination line and the other engines' final-energy line
-// (which NWChem prints up to 113 KB before the end).
+// (which NWChem prints up to 113 KB before the end). Where that line lies further back (an
+// ORCA NMR job), the file is read back in blocks of kTailBytes until one holds it.
 constexpr std::size_t kHeadBytes = 32 * 1024;
 constexpr std::size_t kTailBytes = 256 * 1024;
 
@@ -66,12 +67,13 @@ struct CrystalInputs {
   std::vector<std::string> stale_tables;
 };
 
-// Reads the output `row.file` (its first kHeadBytes and last kTailBytes bytes, and its energy
-// line, through the energy job's reader) into `row`. The text counts as whole, and its
-// "SCF Done" lines are counted, when the head is shorter than asked or head and tail together
-// cover a text of known size.
+// Reads the output `row.file` (its first kHeadBytes and last kTailBytes bytes, its energy line,
+// and the number of its "SCF Done" lines, through the energy job's reader, in one forward
+// reading of every byte) into `row`. The text counts as whole when the head is shorter than
+// asked or head and tail together cover a text of known size.
 //
-//   a 2 KB output -> summary.scf_count = its "SCF Done" lines;   a 1 MB output -> -1
+//   a 2 KB output -> the summary of all its text;   a 1 MB output -> of its two ends, and its
+//   exact summary.scf_count either way
 void read_file_row(FileRow& row);
 
 // Reads the batch list `batch_name` from the working directory, each distinct file it names,

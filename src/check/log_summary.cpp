@@ -27,12 +27,6 @@ bool starts_with(std::string_view text, std::string_view prefix) {
 
 bool contains(std::string_view text, std::string_view what) { return text.find(what) != npos; }
 
-std::size_t count_of(std::string_view text, std::string_view what) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(what); at != npos; at = text.find(what, at + what.size())) ++n;
-  return n;
-}
-
 std::string_view trim(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(" \t\r\n");
   if (begin == npos) return {};
@@ -120,31 +114,6 @@ Termination read_termination(Engine engine, std::string_view tail) {
   const std::size_t normal_at = last(normal), error_at = last(error);
   if (error_at != npos && (normal_at == npos || error_at > normal_at)) return Termination::error;
   return normal_at != npos ? Termination::normal : Termination::none;
-}
-
-FinalEnergyLine read_final_energy(Engine engine, std::string_view head, std::string_view tail) {
-  std::vector<std::string_view> markers;
-  if (engine == Engine::orca) markers = {"FINAL SINGLE POINT ENERGY"};
-  if (engine == Engine::qchem) markers = {"Total energy in the final basis set"};
-  if (engine == Engine::nwchem) markers = {"Total DFT energy", "Total SCF energy"};
-  FinalEnergyLine result;
-  for (const std::string_view text : {tail, head}) {
-    std::size_t at = npos, marker_size = 0;
-    for (const std::string_view marker : markers) {
-      const std::size_t found = text.rfind(marker);
-      if (found != npos && (at == npos || found > at)) at = found, marker_size = marker.size();
-    }
-    if (at == npos) continue;
-    const std::string_view line = line_at(text, at);
-    std::string_view value =
-        text.substr(at + marker_size, line.data() + line.size() - text.data() - at - marker_size);
-    if (value.find('=') != npos) value.remove_prefix(value.find('=') + 1);
-    result.found = true;
-    result.line = std::string(trim(line));
-    result.hartree = std::strtod(std::string(value).c_str(), nullptr);
-    return result;
-  }
-  return result;
 }
 
 // Reads a charge and a multiplicity from `text` with the scanf format `format` (two %lld). A
@@ -259,7 +228,7 @@ void route_level(std::string_view route, std::string& method, std::string& basis
 
 // The kind of a method key (see method_key()) whose total energy is not the SCF energy.
 std::string kind_of_method(const std::string& m) {
-  if (m == "TD" || m == "TDA" || contains(m, " TD")) return "TD";
+  if (m == "TD" || m == "TDA") return "TD";
   if (starts_with(m, "EOM")) return "EOM";
   for (const char* p : {"CCSD", "CCD", "QCISD", "BD"}) {
     if (starts_with(m, p)) return "coupled cluster";
@@ -283,6 +252,76 @@ bool is_level_label(std::string_view label) {
   for (const char* p :
        {"MP", "CC", "QCI", "CI", "BD", "CBS", "G1", "G2", "G3", "G4", "W1", "ONIOM"}) {
     if (starts_with(label, p)) return true;
+  }
+  return false;
+}
+
+// A level of theory as ORCA, Q-Chem and NWChem name it in their total-energy lines, in any
+// letter case: the SCF ("SCF", "DFT", "HF") or a correlated level ("MP2", "MBPT(2)", "RI-MP2",
+// "CCSD(T)", "QCISD").
+bool is_level_word(std::string_view word) {
+  const std::string w = upper(word);
+  if (w == "SCF" || w == "DFT") return true;
+  for (const char* p : {"MBPT", "RI-", "SCS-", "DLPNO-", "LPNO-", "LCC"}) {
+    if (starts_with(w, p)) return true;
+  }
+  return is_level_label(w);
+}
+
+// The blank-separated words of a line.
+std::vector<std::string_view> words_of(std::string_view line) {
+  std::vector<std::string_view> words;
+  for (std::size_t at = 0;;) {
+    const std::size_t begin = line.find_first_not_of(" \t\r", at);
+    if (begin == npos) return words;
+    at = std::min(line.find_first_of(" \t\r", begin), line.size());
+    words.push_back(line.substr(begin, at - begin));
+  }
+}
+
+// Whether `word` is `name` in any letter case, followed by a colon or not ("ENERGY:").
+bool is_word(std::string_view word, std::string_view name) {
+  if (!word.empty() && word.back() == ':') word.remove_suffix(1);
+  return upper(word) == upper(name);
+}
+
+// The level whose total energy a line of an output of `engine` prints, and that energy, as the
+// engine writes them; false for any other line. ORCA's "FINAL SINGLE POINT ENERGY" gives the
+// level "": the job's final energy, of the last level named before it.
+//   ORCA     "FINAL SINGLE POINT ENERGY  -76.24", "E(CCSD(T))  ...  -76.24",
+//            "MP2 TOTAL ENERGY:  -76.23 Eh"
+//   Q-Chem   "Total energy in the final basis set =  -76.02" (the SCF),
+//            "MP2         total energy =  -76.22 au", "CCSD(T) total energy  =  -76.24"
+//   NWChem   "Total DFT energy =  -76.42", "Total SCF energy =", "Total MP2 energy  -76.22",
+//            "Total CCSD(T) energy:  -76.24", "CCSD(T) total energy / hartree  =  -76.24"
+bool read_energy_line(Engine engine, std::string_view line, std::string& level, double& hartree) {
+  const std::vector<std::string_view> w = words_of(line);
+  if (w.size() < 3) return false;
+  std::size_t value = 0;  // the first word that may hold the number
+  if (engine == Engine::orca && w.size() > 4 && w[0] == "FINAL" && w[1] == "SINGLE" &&
+      w[2] == "POINT" && w[3] == "ENERGY") {
+    level.clear(), value = 4;
+  } else if (engine == Engine::orca && starts_with(w[0], "E(") && w[0].back() == ')' &&
+             is_level_word(w[0].substr(2, w[0].size() - 3))) {
+    level = upper(w[0].substr(2, w[0].size() - 3)), value = 1;
+  } else if (engine == Engine::qchem && contains(line, "Total energy in the final basis set")) {
+    level = "SCF", value = 7;
+  } else if (engine == Engine::nwchem && w[0] == "Total" && is_word(w[2], "energy") &&
+             is_level_word(w[1])) {
+    level = upper(w[1]), value = 3;
+  } else if (engine != Engine::gaussian && is_word(w[1], "total") && is_word(w[2], "energy") &&
+             is_level_word(w[0])) {
+    level = upper(w[0]), value = 3;
+  } else {
+    return false;
+  }
+  // The number follows the label after "=", ":", "...", "/ hartree" or nothing.
+  for (; value < w.size(); ++value) {
+    if (read_number(w[value], hartree)) return true;
+    if (w[value] != "=" && w[value] != ":" && w[value] != "..." && w[value] != "/" &&
+        !is_word(w[value], "hartree")) {
+      return false;
+    }
   }
   return false;
 }
@@ -320,13 +359,20 @@ const char* termination_name(Termination termination) {
 bool read_gaussian_archive(std::string_view text, GaussianArchive& archive) {
   const std::size_t begin = text.rfind("\n 1\\1\\");
   if (begin == npos) return false;
-  const std::size_t end = text.find("\\\\@", begin);
-  if (end == npos) return false;
-  // Unwrap: every line of the entry begins with one blank.
+  // The entry as the engine wrote it before wrapping: every line of it begins with one blank,
+  // and the wrap may fall anywhere, inside the closing "\\@" too ("...]\\" then " @"). The
+  // lines are joined first; the entry ends at the first "\\@" of the joined text.
   std::string entry;
-  for (const std::string_view line : lines_of(text.substr(begin + 1, end + 3 - begin - 1))) {
-    entry += std::string(line.substr(std::min<std::size_t>(1, line.size())));
+  std::size_t end = npos;
+  for (const std::string_view line : lines_of(text.substr(begin + 1))) {
+    if (line.empty() || line[0] != ' ') return false;  // cut off before its end
+    const std::size_t joined = entry.size();
+    entry.append(line.substr(1));
+    end = entry.find("\\\\@", joined < 2 ? 0 : joined - 2);  // it may begin on the line before
+    if (end != npos) break;
   }
+  if (end == npos) return false;
+  entry.resize(end);
   const std::vector<std::string_view> sections = split(entry, "\\\\");
   if (sections.size() < 5) return false;
   const std::vector<std::string_view> head = split(sections[0], "\\");
@@ -355,7 +401,9 @@ bool read_gaussian_archive(std::string_view text, GaussianArchive& archive) {
 }
 
 std::string method_key(std::string_view method) {
-  std::string key = upper(trim(method));
+  // The ground-state method is the first word: "RB3LYP TD-FC" is B3LYP with TD on top.
+  method = trim(method);
+  std::string key = upper(method.substr(0, method.find(' ')));
   if (starts_with(key, "RO") && key.size() > 2) {
     key.erase(0, 2);
   } else if ((starts_with(key, "R") || starts_with(key, "U")) && key.size() > 1) {
@@ -366,7 +414,8 @@ std::string method_key(std::string_view method) {
 }
 
 std::string not_scf_kind(std::string_view method, std::string_view route) {
-  std::string kind = kind_of_method(method_key(method));
+  // An excited-state treatment follows the ground-state method after a blank: "RB3LYP TD-FC".
+  std::string kind = contains(upper(method), " TD") ? "TD" : kind_of_method(method_key(method));
   for (const std::string& word : route_words(route)) {
     if (!kind.empty()) break;
     const std::size_t slash = word.find('/');
@@ -375,15 +424,30 @@ std::string not_scf_kind(std::string_view method, std::string_view route) {
   return kind;
 }
 
+FinalEnergyLine read_final_energy(Engine engine, std::string_view text) {
+  FinalEnergyLine result;
+  if (engine == Engine::gaussian || engine == Engine::unknown) return result;
+  std::string named;  // the last level named so far
+  std::string level;
+  double hartree = 0.0;
+  for (const std::string_view line : lines_of(text)) {
+    // Most lines hold no energy: only those that say "energy" or "E(" are read word by word.
+    if (!contains(line, "nergy") && !contains(line, "NERGY") && !contains(line, "E(")) continue;
+    if (!read_energy_line(engine, line, level, hartree)) continue;
+    if (level.empty()) level = named.empty() ? "SCF" : named;
+    named = level;
+    result = {true, std::string(trim(line)), hartree, level};
+  }
+  return result;
+}
+
 LogSummary summarize_log(std::string_view head, std::string_view tail, bool whole_text) {
   LogSummary s;
   s.engine = recognise_engine(head, tail);
   s.termination = read_termination(s.engine, tail);
-  s.scf_seen =
-      static_cast<int>(count_of(head, "SCF Done") + (whole_text ? 0 : count_of(tail, "SCF Done")));
-  if (whole_text) s.scf_count = s.scf_seen;
   if (s.engine != Engine::gaussian) {
-    s.final_energy = read_final_energy(s.engine, head, tail);
+    s.final_energy = read_final_energy(s.engine, tail);
+    if (!s.final_energy.found) s.final_energy = read_final_energy(s.engine, head);
     return s;
   }
   const GaussianHead facts = read_gaussian_head(head, whole_text);

@@ -44,23 +44,35 @@ struct GaussianArchive {
   std::vector<LevelEnergy> levels;  // "HF" and the correlated levels, in the entry's order
 };
 
-// Reads the last complete archive entry of `text` (a line beginning " 1\1\", up to "\\@").
-// False when there is none or it is cut off. Values that are lists (a scan's energies) are not
-// taken as levels.
+// Reads the last complete archive entry of `text` (a line beginning " 1\1\", up to "\\@"),
+// its lines joined, each without its one leading blank, before it is split at "\": the wrap at
+// 70 columns may fall inside any field or inside the closing "\\@" ("...]\\" then " @", or
+// "\" then " \@"). False when there is none or it is cut off. Values that are lists (a scan's
+// energies) are not taken as levels.
 //
 //   " 1\1\G\SP\RMP2-FC\STO-3G\H2O1\U\D\0\\#P MP2/STO-3G\\Water\\0,1\O\H,1,0.99\H,1,0.99,2,106.
 //   \\Version=X\HF=-74.96\MP2=-75.00\\@"  ->  SP, RMP2-FC, STO-3G, H2O1, 0, 1, 3 atoms,
 //   {HF -74.96, MP2 -75.00}
 bool read_gaussian_archive(std::string_view text, GaussianArchive& archive);
 
-// The final energy of a run of another engine, as it prints it: ORCA's
-// "FINAL SINGLE POINT ENERGY", Q-Chem's "Total energy in the final basis set", NWChem's
-// "Total DFT energy" or "Total SCF energy".
+// The final energy of a run of another engine: the total energy of the highest level the
+// output prints, the last total-energy line of its text, and the level it is of.
 struct FinalEnergyLine {
   bool found = false;
   std::string line;  // the line, trimmed
   double hartree = 0.0;
+  std::string level;  // "SCF", "DFT", "MP2", "CCSD(T)", ... as the engine names it, upper case
 };
+
+// The final energy that `text` of an output of ORCA, Q-Chem or NWChem prints: its last line of
+// a total energy ("FINAL SINGLE POINT ENERGY" for ORCA, named by the last level before it, as
+// "E(CCSD(T))" or "MP2 TOTAL ENERGY"; Q-Chem's "Total energy in the final basis set" (SCF) or
+// "<level> total energy ="; NWChem's "Total <level> energy" or "<level> total energy / hartree
+// ="). Not found for a text without one, and for any other engine.
+//
+//   " Total SCF energy =  -76.02\n          Total MP2 energy     -76.22\n" (NWChem)
+//   -> found, -76.22, level "MP2", line "Total MP2 energy     -76.22"
+FinalEnergyLine read_final_energy(Engine engine, std::string_view text);
 
 // Everything known of one output. Numbers that are unknown are 0 (counts) or flagged; a charge
 // beyond +-1000 or a multiplicity outside 1..1000 counts as unknown.
@@ -78,8 +90,9 @@ struct LogSummary {
   std::string job_type;  // the archive's; "" unknown
   std::string not_scf;   // the kind of method whose total energy is not the SCF energy, or ""
   std::vector<LevelEnergy> levels;  // the archive's energies, then a TD job's total energy
-  int scf_count = -1;  // "SCF Done" lines of the whole text; -1 when it was not all read
-  int scf_seen = 0;    // "SCF Done" lines in what was read
+  // "SCF Done" lines of the whole text, counted by the reader (see read_file_row()); -1 when
+  // they were not counted.
+  int scf_count = -1;
   bool optimisation = false;
   bool converged = false;  // an optimisation that found its stationary point
   bool scan = false;
@@ -88,18 +101,21 @@ struct LogSummary {
   FinalEnergyLine final_energy;  // the other engines
 };
 
-// The summary of an output whose text begins with `head` and ends with `tail`. When
-// `whole_text` is set, `head` is the whole text (and `tail` its end, or all of it too).
+// The summary of an output whose text begins with `head` and ends with `tail`. `whole_text`
+// says that `head` is the whole text (and `tail` its end, or all of it too); otherwise what runs
+// to the end of `head`, such as a long atom list, is taken as cut. Its "SCF Done" lines are not
+// counted here: scf_count stays -1.
 //
 //   head " Entering Gaussian System ...", tail "... Normal termination of Gaussian 16 ..."
 //   -> engine gaussian, termination normal
 LogSummary summarize_log(std::string_view head, std::string_view tail, bool whole_text);
 
-// A method as compared between files: upper case, without the restricted, unrestricted or
-// restricted-open prefix (R, U, RO) and without Gaussian's frozen-core suffix "-FC", which is
-// its default.
+// A method as compared between files: the ground-state method (an excited-state treatment
+// after a blank, "RB3LYP TD-FC", is left out: the energy taken is the ground state's), upper
+// case, without the restricted, unrestricted or restricted-open prefix (R, U, RO) and without
+// Gaussian's frozen-core suffix "-FC", which is its default.
 //
-//   "UB3LYP" -> "B3LYP";   "rmp2-fc" -> "MP2";   "ROHF" -> "HF"
+//   "UB3LYP" -> "B3LYP";   "rmp2-fc" -> "MP2";   "ROHF" -> "HF";   "RB3LYP TD-FC" -> "B3LYP"
 std::string method_key(std::string_view method);
 
 // The kind of method, among those whose total energy is not the SCF energy, named by the
@@ -107,7 +123,8 @@ std::string method_key(std::string_view method);
 // "MPn", "coupled cluster", "CI", "TD", "EOM", "ONIOM", "counterpoise", "composite",
 // "double hybrid".
 //
-//   "RCCSD(T)-FC", "" -> "coupled cluster";   "B3LYP", "#p b3lyp/sto-3g td(nstates=5)" -> "TD"
+//   "RCCSD(T)-FC", "" -> "coupled cluster";   "B3LYP", "#p b3lyp/sto-3g td(nstates=5)" -> "TD";
+//   "RB3LYP TD-FC", "" -> "TD"
 std::string not_scf_kind(std::string_view method, std::string_view route);
 
 #endif  // GET_INTER_ENER_LOG_SUMMARY_H

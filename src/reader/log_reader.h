@@ -31,6 +31,7 @@ constexpr std::string_view kEnergyMarker = "SCF Done";
 // What to take from a file besides its energy line.
 struct LogScanOptions {
   bool count_entries = false;  // count every entry (reads the whole text)
+  bool count_markers = false;  // count the entries that could be the energy line (whole text)
   std::size_t head_bytes = 0;  // keep the text's first head_bytes bytes
   std::size_t tail_bytes = 0;  // keep the text's last tail_bytes bytes
   // Bytes asked of the file by each forward read (any size from 1; the backward reading uses
@@ -51,6 +52,8 @@ struct LogScan {
   TextFormat format = TextFormat::plain;
   bool counted = false;  // entry_count holds the number of entries
   std::uint64_t entry_count = 0;
+  bool markers_counted = false;  // marker_count holds the number of entries with the marker
+  std::uint64_t marker_count = 0;
   bool marker_found = false;
   std::string energy_entry;     // the text of the energy line's entry, if found
   std::string head;             // the first head_bytes bytes of the text (fewer if it is shorter)
@@ -60,7 +63,8 @@ struct LogScan {
 };
 
 // Reads what `options` asks of the file `file_name` and its energy line into `scan`. A plain
-// regular file is read from its end backwards unless its entries are counted; anything else
+// regular file is read from its end backwards unless its entries or markers are counted;
+// anything else
 // is read forward. Memory stays within two blocks and the head and tail asked for.
 void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& scan);
 
@@ -72,6 +76,16 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
 //   /sys/devices/system/cpu/online, size 4096  ->  ok, text_size 4, whole_text, no energy line
 void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
                                 LogScan& scan);
+
+// The run of whole lines of the plain regular file `file_name` that lies just before byte `end`
+// (a line start, or the file's size), at most `bytes` long, into `text`, and where it begins
+// into `begin`: for reading a file further back, block after block, in bounded memory. A line
+// longer than `bytes` is cut at its start. cannot_open for a file that is missing or not a
+// regular file (never waiting on a FIFO), read_failed for a failed or short read.
+//
+//   "ab\ncd\nef\n", end 9, bytes 5  ->  "ef\n", begin 6;   then end 6  ->  "cd\n", begin 3
+LogReadStatus read_lines_before(const char* file_name, std::uint64_t end, std::size_t bytes,
+                                std::string& text, std::uint64_t& begin);
 
 // Number of entries of `text`: each physical line (its newline included, the last one
 // perhaps without) counts one entry per started 1023 characters. An empty text has none.
@@ -106,6 +120,13 @@ SpEnerResult sp_ener_from_line(std::string_view line);
 //
 //   find_energy_entry("x\n SCF Done: E = -1 A.U.\n", true, e)  ->  e = " SCF Done: E = -1 A.U."
 bool find_energy_entry(std::string_view text, bool starts_file, std::string_view& entry);
+
+// Number of entries of `text`, a run of whole entries as for find_energy_entry(), that hold the
+// marker where find_energy_entry() would take it: the "SCF Done" lines the job could take. An
+// entry with several markers counts once; the file's first entry never counts.
+//
+//   count_energy_entries("x\n SCF Done 1\n SCF Done 2 SCF Done\n", true)  ->  2
+std::size_t count_energy_entries(std::string_view text, bool starts_file);
 
 // The energy line of a whole text held in memory, and its energy. Engine codes above 4 are
 // unknown; codes of 0 and below are taken as 1.

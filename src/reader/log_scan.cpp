@@ -35,6 +35,7 @@ struct ForwardScan {
   std::size_t block_bytes = 0;
   bool starts_file = true;  // the carried bytes, or else the block, begin the text
   bool count_entries = false;
+  bool count_markers = false;
 };
 
 void start_forward_scan(ForwardScan& scan, bool starts_file, const LogScanOptions& options) {
@@ -45,6 +46,7 @@ void start_forward_scan(ForwardScan& scan, bool starts_file, const LogScanOption
   scan.carried = 0;
   scan.starts_file = starts_file;
   scan.count_entries = options.count_entries;
+  scan.count_markers = options.count_markers;
 }
 
 // Where the next block goes, and how much room it has.
@@ -67,6 +69,7 @@ void scan_block(ForwardScan& scan, std::size_t added, bool at_end, LogScan& resu
   const std::size_t whole = at_end ? length : whole_entries_end(p, length);
   const std::string_view entries(p, whole);
   if (scan.count_entries) result.entry_count += count_log_entries(entries);
+  if (scan.count_markers) result.marker_count += count_energy_entries(entries, scan.starts_file);
   std::string_view entry;
   if (find_energy_entry(entries, scan.starts_file, entry)) {
     result.marker_found = true;
@@ -106,6 +109,7 @@ void scan_forward(ByteSource& source, const LogScanOptions& options, LogScan& re
   ForwardScan scan;
   start_forward_scan(scan, true, options);
   result.counted = options.count_entries;
+  result.markers_counted = options.count_markers;
   for (;;) {
     char* const space = block_space(scan);
     const long got = read_text(source, space, block_room(scan));
@@ -243,6 +247,33 @@ void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions
   close_byte_source(source);
 }
 
+LogReadStatus read_lines_before(const char* file_name, std::uint64_t end, std::size_t bytes,
+                                std::string& text, std::uint64_t& begin) {
+  struct stat info {};
+  // Only a regular file is read again: a FIFO would wait for a writer.
+  if (stat(file_name, &info) != 0 || !S_ISREG(info.st_mode)) return LogReadStatus::cannot_open;
+  const int fd = open_input_fd(file_name, info);
+  if (fd < 0) return LogReadStatus::cannot_open;
+  // One byte more than asked, when there is one: whether a line starts at end - bytes.
+  const std::uint64_t low = end > bytes ? end - bytes - 1 : 0;
+  text.resize(static_cast<std::size_t>(end - low));
+  LogScan failure;
+  // A file that ends before `end` has changed since it was first read: a failure too.
+  const ReadAt read = read_at(fd, text.data(), text.size(), low, failure);
+  close(fd);
+  if (read != ReadAt::done) return LogReadStatus::read_failed;
+  // The run starts after the first newline (the extra byte's own, when a line starts just after
+  // it), unless it begins the file; a line longer than `bytes` is cut after the extra byte.
+  std::size_t skip = 0;
+  if (end > bytes) {
+    const std::size_t newline = text.find('\n');
+    skip = newline != std::string::npos && newline + 1 < text.size() ? newline + 1 : 1;
+  }
+  text.erase(0, skip);
+  begin = low + skip;
+  return LogReadStatus::ok;
+}
+
 void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& result) {
   result = LogScan{};
   struct stat info {};
@@ -255,7 +286,8 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
   // read below would otherwise pull in the file's first pages for nothing. A plain file will
   // be read from its end: that read starts now, beside the header's.
   posix_fadvise(fd, 0, 0, POSIX_FADV_RANDOM);
-  if (S_ISREG(info.st_mode) && !options.count_entries && info.st_size > 0) {
+  const bool counts = options.count_entries || options.count_markers;
+  if (S_ISREG(info.st_mode) && !counts && info.st_size > 0) {
     const off_t window = static_cast<off_t>(std::min(options.block_bytes, kBackwardWindow));
     posix_fadvise(fd, std::max<off_t>(0, info.st_size - window), window, POSIX_FADV_WILLNEED);
   }
@@ -266,13 +298,20 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
     result.format = source.format;
     // A plain file of known length needs only its end; a count needs every byte anyway, and
     // pipes, devices, files of size 0 and compressed streams can only be read forward.
-    const bool backward = source.format == TextFormat::plain && S_ISREG(info.st_mode) &&
-                          info.st_size > 0 && !options.count_entries;
+    const bool backward =
+        source.format == TextFormat::plain && S_ISREG(info.st_mode) && info.st_size > 0 && !counts;
     if (backward) {
       scan_regular_file_backward(fd, static_cast<std::uint64_t>(info.st_size), options, result);
     } else {
       posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
-      scan_forward(source, options, result);
+      // A plain file smaller than a block is read into a buffer of its size: a small output's
+      // buffer is not cleared for nothing (the check reads every output forward).
+      LogScanOptions forward = options;
+      if (source.format == TextFormat::plain && S_ISREG(info.st_mode)) {
+        forward.block_bytes = static_cast<std::size_t>(
+            std::clamp<off_t>(info.st_size + 1, 1, static_cast<off_t>(options.block_bytes)));
+      }
+      scan_forward(source, forward, result);
     }
   }
   close_byte_source(source);

@@ -57,34 +57,52 @@ SpEnerResult sp_ener_from_line(std::string_view line) {
   return {SpEnerStatus::found, line, hartree, end != field && *end == '\0'};
 }
 
-bool find_energy_entry(std::string_view text, bool starts_file, std::string_view& entry) {
+namespace {
+
+// The last entry of `text` whose text holds the marker at an occurrence that starts before
+// `limit`: [begin, end). An occurrence counts if it lies in the text of an entry other than
+// the first of the file: before the entry's first NUL and not across the 1023-character split
+// of a long line. `limit` is left where the search may go on for an earlier entry.
+bool last_energy_entry(std::string_view text, bool starts_file, std::size_t& limit,
+                       std::size_t& begin, std::size_t& end) {
   const std::string_view marker = kEnergyMarker;
-  // Occurrences are taken from the last one back. One counts if it lies in the text of an
-  // entry other than the first: before the entry's first NUL and not across the 1023-character
-  // split of a long line.
-  std::size_t limit = text.size();
+  // Occurrences are taken from the last one back.
   std::size_t line_begin = npos;  // start of the line of the previous occurrence; none: beyond all
   for (;;) {
     const std::size_t at = rfind_marker(text, marker, limit);
-    if (at == npos) break;
+    if (at == npos) return false;
     // An earlier occurrence on the same line shares its start: each line is looked up once.
     if (at < line_begin) line_begin = line_start(text, at);
-    const std::size_t begin = line_begin + (at - line_begin) / kMaxEntryLength * kMaxEntryLength;
-    if (begin == 0 && starts_file) break;  // the first entry is never examined
+    begin = line_begin + (at - line_begin) / kMaxEntryLength * kMaxEntryLength;
+    if (begin == 0 && starts_file) return false;  // the first entry is never examined
     const void* nul = std::memchr(text.data() + begin, '\0', at - begin);
     if (nul != nullptr) {  // the entry's text ends before this occurrence
       limit = static_cast<const char*>(nul) - text.data();
       continue;
     }
-    const std::size_t end = entry_end(text, begin);
+    end = entry_end(text, begin);
     if (at + marker.size() > end) {  // it runs into the next entry
       limit = at + marker.size() - 1;
       continue;
     }
-    entry = entry_text(text, begin, end);
+    limit = begin;  // an earlier entry's occurrence lies wholly before this entry
     return true;
   }
-  return false;
+}
+
+}  // namespace
+
+bool find_energy_entry(std::string_view text, bool starts_file, std::string_view& entry) {
+  std::size_t limit = text.size(), begin = 0, end = 0;
+  if (!last_energy_entry(text, starts_file, limit, begin, end)) return false;
+  entry = entry_text(text, begin, end);
+  return true;
+}
+
+std::size_t count_energy_entries(std::string_view text, bool starts_file) {
+  std::size_t count = 0, limit = text.size(), begin = 0, end = 0;
+  while (last_energy_entry(text, starts_file, limit, begin, end)) ++count;
+  return count;
 }
 
 SpEnerResult scan_sp_ener(std::string_view text, int engine_code) {
