@@ -64,8 +64,8 @@ struct LogScan {
 
 // Reads what `options` asks of the file `file_name` and its energy line into `scan`. A plain
 // regular file is read from its end backwards unless its entries or markers are counted;
-// anything else
-// is read forward. Memory stays within two blocks and the head and tail asked for.
+// anything else is read forward. Memory stays within two blocks and the head and tail asked
+// for.
 void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& scan);
 
 // The backward reading of a plain regular file, open as `fd` and not yet read (pread alone
