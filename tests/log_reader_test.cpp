@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <iterator>
 #include <random>
 
@@ -136,21 +135,6 @@ TEST(LogReader, AFileShorterThanItsSizeIsReadWholeForward) {
     }
   }
   close(fd);
-}
-
-// A sysfs file states 4096 bytes and holds a few ("0-1\n"): it is read whole, as its size had
-// said 0, with no energy line (the recorded run log_sysfs_file shows the tool's answer).
-TEST(LogReader, ReadsASysfsFileWhole) {
-  const char* const path = "/sys/devices/system/cpu/online";
-  std::ifstream in(path);
-  if (!in) GTEST_SKIP() << path << " is absent: no sysfs on this machine";
-  const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  const LogScan scan = scan_path(path, false, LogScanOptions{}.block_bytes, 4096);
-  EXPECT_EQ(scan.status, LogReadStatus::ok) << scan.error;
-  EXPECT_FALSE(scan.marker_found);
-  EXPECT_EQ(scan.head, text);
-  EXPECT_EQ(scan.text_size, text.size());
-  EXPECT_TRUE(scan.whole_text);
 }
 
 }  // namespace
