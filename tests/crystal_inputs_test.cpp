@@ -12,6 +12,17 @@
 
 namespace {
 
+// The row of an output holding `text`, read as the check reads it.
+FileRow row_of(const std::string& text) {
+  const std::string name = test_file_path(".log");
+  std::ofstream(name, std::ios::binary) << text;
+  FileRow row;
+  row.file = name;
+  read_file_row(row);
+  std::remove(name.c_str());
+  return row;
+}
+
 // The "SCF Done" lines are counted in every byte, however large the file: head and tail
 // overlapping, or far apart (the middle one seen by neither). A line that holds the marker twice
 // counts once, the file's first line never (the job never takes it).
@@ -29,16 +40,11 @@ TEST(ReadFileRow, CountsScfEnergiesOfEveryByte) {
       {"x\n" + scf + pad + scf + far + scf + far + scf, 4},
       {"x\n SCF Done SCF Done\n" + pad + far + scf, 2},
   };
-  const std::string name = test_file_path(".log");
   for (const auto& c : cases) {
-    std::ofstream(name, std::ios::binary) << c.text;
-    FileRow row;
-    row.file = name;
-    read_file_row(row);
+    const FileRow row = row_of(c.text);
     EXPECT_EQ(row.energy, SpEnerStatus::found);
     EXPECT_EQ(row.summary.scf_count, c.count);
   }
-  std::remove(name.c_str());
 }
 
 // An ORCA NMR job prints its final energy some 400 KB before its end, beyond the kept tail: the
@@ -62,18 +68,13 @@ TEST(ReadFileRow, FindsAFinalEnergyFarBeforeTheEnd) {
        "CCSD(T)", -76.24},
       {banner + properties + end, "", 0.0},
   };
-  const std::string name = test_file_path(".log");
   for (const auto& c : cases) {
-    std::ofstream(name, std::ios::binary) << c.text;
-    FileRow row;
-    row.file = name;
-    read_file_row(row);
+    const FileRow row = row_of(c.text);
     const FinalEnergyLine& f = row.summary.final_energy;
     EXPECT_EQ(row.summary.engine, Engine::orca);
     EXPECT_EQ(f.found ? f.level : "", c.level);
     EXPECT_EQ(f.hartree, c.hartree);
   }
-  std::remove(name.c_str());
 }
 
 }  // namespace
