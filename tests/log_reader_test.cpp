@@ -137,4 +137,28 @@ TEST(LogReader, AFileShorterThanItsSizeIsReadWholeForward) {
   close(fd);
 }
 
+// Reading further back, block after block: whole lines before `end`, at most `bytes`; a run
+// that reaches the file's start keeps its first line, a line longer than `bytes` is cut.
+TEST(LogReader, LinesBeforeAnEnd) {
+  const std::string path = write_temp("ab\ncd\nef\n");
+  const struct {
+    std::uint64_t end;
+    std::size_t bytes;
+    const char* text;
+    std::uint64_t begin;
+  } cases[] = {{9, 5, "ef\n", 6},         {6, 5, "cd\n", 3}, {6, 6, "ab\ncd\n", 0},
+               {9, 9, "ab\ncd\nef\n", 0}, {9, 2, "f\n", 7},  {3, 5, "ab\n", 0}};
+  for (const auto& c : cases) {
+    std::string text;
+    std::uint64_t begin = 99;
+    EXPECT_EQ(read_lines_before(path.c_str(), c.end, c.bytes, text, begin), LogReadStatus::ok);
+    EXPECT_EQ(text, c.text) << c.end << " " << c.bytes;
+    EXPECT_EQ(begin, c.begin) << c.end << " " << c.bytes;
+  }
+  std::string text;
+  std::uint64_t begin = 0;
+  EXPECT_EQ(read_lines_before("no/such/file", 3, 5, text, begin), LogReadStatus::cannot_open);
+  EXPECT_EQ(read_lines_before(path.c_str(), 20, 5, text, begin), LogReadStatus::read_failed);
+}
+
 }  // namespace

@@ -46,6 +46,26 @@ TEST(LogSummary, WholeArchiveEntriesAndMethodNames) {
   EXPECT_EQ(not_scf_kind("RB3LYP TD-FC", ""), "TD");
 }
 
+// The archive's job type says what kind of run it was: a transition-state search is an
+// optimisation too, converged when the archive calls it final ("FTS"), not when partial.
+TEST(LogSummary, JobKindsFromTheArchive) {
+  const struct {
+    const char* job;
+    bool optimisation, converged, frequency;
+  } cases[] = {{"SP", false, false, false},  {"FOpt", true, true, false},
+               {"POpt", true, false, false}, {"FTS", true, true, false},
+               {"PTS", true, false, false},  {"Freq", false, false, true}};
+  for (const auto& c : cases) {
+    std::string text = " Entering Gaussian System, Link 0=g16\n" + kArchive;
+    text.replace(text.find("\\SP\\"), 4, std::string("\\") + c.job + "\\");
+    const LogSummary s = summarize_log(text, text, true);
+    EXPECT_EQ(s.job_type, c.job);
+    EXPECT_EQ(s.optimisation, c.optimisation) << c.job;
+    EXPECT_EQ(s.converged, c.converged) << c.job;
+    EXPECT_EQ(s.frequency, c.frequency) << c.job;
+  }
+}
+
 // An atom list that runs to the end of the kept head of a longer text is a part of the
 // molecule: atoms and formula unknown. Seen whole, or ended within the head, it counts.
 TEST(LogSummary, AtomListCutByTheHeadIsUnknown) {
