@@ -33,6 +33,24 @@ std::size_t array_length(int count);
 // the last line read.
 SiteEnergies read_batch_jobs(std::FILE* batch, const std::string& batch_name, int engine_code);
 
+// The site tables' text, for every program that writes them: the suite's later stages read
+// them as they stand.
+//
+// "uc_U.dat": the site count, one row of anion, cation and neutral energy (meV) per site, then
+// a heading line.
+constexpr const char* kSiteEnergyFile = "uc_U.dat";
+void print_site_table(std::FILE* out, const SiteEnergies& energies);
+
+// The name of site `site`'s (0-based) difference table: "EH01.dat" for prefix "EH" and site 0.
+std::string difference_table_name(const char* prefix, std::size_t site);
+
+// Site `site`'s difference table: its neighbour count, then for each neighbour k its
+// charged-minus-neutral energy less the site's own, then "# in meV". `charged` is the cation
+// energy for holes (EH), the anion energy for electrons (EL).
+void print_difference_table(std::FILE* out, const std::vector<double>& charged,
+                            const std::vector<double>& neutral, const std::vector<int>& neighbors,
+                            std::size_t site);
+
 // Writes "uc_U.dat", reads "neighbor.dat" and writes the hole files "EHnn.dat" of all sites,
 // then the electron files "ELnn.dat".
 void write_site_tables(const SiteEnergies& energies, const std::string& batch_name);

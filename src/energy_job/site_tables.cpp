@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr const char* kSiteEnergyFile = "uc_U.dat";
-
 // Closes an output table. A write that failed, at once or when the buffer was flushed (a full
 // disk), is reported with the system's reason: a table is never left short silently.
 void close_output(std::FILE* out, const char* name) {
@@ -29,12 +27,7 @@ void close_output(std::FILE* out, const char* name) {
 void write_site_energies(const SiteEnergies& e) {
   std::FILE* out = std::fopen(kSiteEnergyFile, "w");
   if (out == nullptr) FAIL("Failed to open output file %s\n", kSiteEnergyFile);
-  std::fprintf(out, "%d\n", static_cast<int>(e.U_nM.size()));
-  for (std::size_t j = 0; j < e.U_nM.size(); ++j) {
-    std::fprintf(out, "%20.6f %20.6f %20.6f\n", e.U_cC_e[j], e.U_cC_h[j], e.U_nM[j]);
-  }
-  // The heading comes last: readers take the count from line 1 and the rows after it.
-  std::fputs("#       U_cC (anion)        U_cC (cation)       U_nN (neutral)  in meV\n", out);
+  print_site_table(out, e);
   close_output(out, kSiteEnergyFile);
 }
 
@@ -60,8 +53,8 @@ NeighborTable read_neighbor_table(int site_count, const std::string& batch_name)
 void write_difference_files(const char* prefix, const std::vector<double>& charged,
                             const std::vector<double>& neutral, const NeighborTable& table) {
   for (std::size_t i = 0; i < table.neighbor_mol_id.size(); ++i) {
-    char name[32];
-    std::snprintf(name, sizeof name, "%s%02d.dat", prefix, static_cast<int>(i + 1));
+    const std::string file = difference_table_name(prefix, i);
+    const char* const name = file.c_str();
     if (bVerbose) std::printf("  Writting data file %s\n", name);
     std::FILE* out = std::fopen(name, "w");
     if (out == nullptr) {
@@ -69,18 +62,38 @@ void write_difference_files(const char* prefix, const std::vector<double>& charg
       std::fprintf(stderr, "Failed to open output file %s\n", name);
       end_with_failure();
     }
-    const std::vector<int>& neighbors = table.neighbor_mol_id[i];
-    const double reference = charged[i] - neutral[i];
-    std::fprintf(out, "%d\n", static_cast<int>(neighbors.size()));
-    for (const int k : neighbors) {
-      std::fprintf(out, "%-20.6f\n", (charged[k] - neutral[k]) - reference);
-    }
-    std::fputs("# in meV\n", out);
+    print_difference_table(out, charged, neutral, table.neighbor_mol_id[i], i);
     close_output(out, name);
   }
 }
 
 }  // namespace
+
+void print_site_table(std::FILE* out, const SiteEnergies& e) {
+  std::fprintf(out, "%d\n", static_cast<int>(e.U_nM.size()));
+  for (std::size_t j = 0; j < e.U_nM.size(); ++j) {
+    std::fprintf(out, "%20.6f %20.6f %20.6f\n", e.U_cC_e[j], e.U_cC_h[j], e.U_nM[j]);
+  }
+  // The heading comes last: readers take the count from line 1 and the rows after it.
+  std::fputs("#       U_cC (anion)        U_cC (cation)       U_nN (neutral)  in meV\n", out);
+}
+
+std::string difference_table_name(const char* prefix, std::size_t site) {
+  char name[32];
+  std::snprintf(name, sizeof name, "%s%02d.dat", prefix, static_cast<int>(site + 1));
+  return name;
+}
+
+void print_difference_table(std::FILE* out, const std::vector<double>& charged,
+                            const std::vector<double>& neutral, const std::vector<int>& neighbors,
+                            std::size_t site) {
+  const double reference = charged[site] - neutral[site];
+  std::fprintf(out, "%d\n", static_cast<int>(neighbors.size()));
+  for (const int k : neighbors) {
+    std::fprintf(out, "%-20.6f\n", (charged[k] - neutral[k]) - reference);
+  }
+  std::fputs("# in meV\n", out);
+}
 
 void write_site_tables(const SiteEnergies& energies, const std::string& batch_name) {
   write_site_energies(energies);
