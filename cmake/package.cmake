@@ -9,7 +9,9 @@ string(CONCAT CPACK_PACKAGE_DESCRIPTION
   "get_inter_ener (suite release ${SUITE_RELEASE}) reads the quantum-chemistry outputs\n"
   "of the anion, cation and neutral state of every site of a unit cell and writes\n"
   "the site-energy tables of hole and electron transport; check_inter_ener tells,\n"
-  "before a run, what is wrong with those outputs. The package also holds\n"
+  "before a run, what is wrong with those outputs; site_energies writes the tables\n"
+  "from the outputs of any of the four engines, checked first, with the figures of\n"
+  "energetic disorder, for many crystals in one run. The package also holds\n"
   "the mmutil utility library with its headers, CMake package and pkg-config file.")
 
 # Debian package names take no underscore.

@@ -45,7 +45,8 @@ Files read_tree(const fs::path& dir) {
 
 // The built programs, by name.
 const std::map<std::string, std::string> kTools = {{"get_inter_ener", TOOL_PATH},
-                                                   {"check_inter_ener", CHECK_TOOL_PATH}};
+                                                   {"check_inter_ener", CHECK_TOOL_PATH},
+                                                   {"site_energies", SITE_ENERGIES_PATH}};
 
 // Runs the program `tool` in `dir`, with files limited to `file_size_limit` bytes when it is
 // not negative, and standard input closed when `stdin_closed` is set.
