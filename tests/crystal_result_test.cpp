@@ -6,6 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
 #include <vector>
 
 namespace {
@@ -38,6 +42,42 @@ TEST(Disorder, HandComputedCrystals) {
     EXPECT_EQ(d.pairs, c.pairs);
     EXPECT_EQ(d.sites, static_cast<int>(c.energy.size()));
   }
+}
+
+// The real outputs beside the project, each as a one-site crystal in all three roles: the energy
+// taken is the one the file prints, as its manifest gives it (Gaussian: the last "SCF Done"
+// field as atof reads it; the other engines: the value of their final-energy line).
+TEST(RealOutputs, GiveTheEnergiesTheyPrint) {
+  const std::string dir = QC_LOGS_DIR;
+  std::ifstream manifest(dir + "/MANIFEST.tsv");
+  if (!manifest) GTEST_SKIP() << "no engine outputs at " << dir;
+  std::string line;
+  std::getline(manifest, line);  // column names
+  int checked = 0;
+  for (; std::getline(manifest, line); ++checked) {
+    std::vector<std::string> cells;
+    std::istringstream fields(line);
+    for (std::string cell; std::getline(fields, cell, '\t');) cells.push_back(cell);
+    const std::size_t value = cells.at(12).find("(value ");
+    const std::string expected =
+        cells.at(9) != "NONE" ? cells.at(9) : cells.at(12).substr(value + 7);
+    SCOPED_TRACE(cells.at(0));
+    CrystalInputs in;
+    in.batch_opened = in.neighbors_read = in.neighbors_opened = true;
+    FileRow& row = in.rows.emplace_back();
+    row.site = 1;
+    row.file = dir + "/" + cells.at(0);
+    read_file_row(row);
+    in.sites.push_back({1, "f f f", {0, 0, 0}});
+    in.neighbors.neighbor_mol_id = {{0}};
+    ReadingChoice choice;
+    choice.force = true;  // one file in three roles is a wrong charge
+    const CrystalResult r = evaluate_crystal("real", in, check_crystal(in), choice);
+    EXPECT_EQ(r.refused, "");
+    ASSERT_EQ(r.files.size(), 1u);
+    EXPECT_EQ(r.files[0].hartree, std::strtod(expected.c_str(), nullptr));
+  }
+  EXPECT_EQ(checked, 12);
 }
 
 }  // namespace
