@@ -1,8 +1,10 @@
 # What `cmake --install` puts under the prefix, in the GNU layout:
 #   bin/get_inter_ener                  the tool
 #   bin/check_inter_ener                the check of a run's inputs
+#   bin/site_energies                   checked site energies and disorder of many crystals
 #   share/man/man1/get_inter_ener.1     their manual pages
 #   share/man/man1/check_inter_ener.1
+#   share/man/man1/site_energies.1
 #   lib/libmmutil.a                     the utility library
 #   include/mmutil/text.h, numeric.h    its headers
 #   lib/cmake/mmutil/                   its CMake package: find_package(mmutil) gives mmutil::mmutil
@@ -11,9 +13,9 @@
 # installed tree can be moved or unpacked anywhere.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS get_inter_ener check_inter_ener)
+install(TARGETS get_inter_ener check_inter_ener site_energies)
 
-foreach(page get_inter_ener check_inter_ener)
+foreach(page get_inter_ener check_inter_ener site_energies)
   configure_file(doc/${page}.1.in doc/${page}.1 @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/doc/${page}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endforeach()
