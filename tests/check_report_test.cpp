@@ -17,6 +17,9 @@ TEST(CheckReport, JsonStringsAndNumbers) {
   EXPECT_EQ(shortest_number(-693.329689346), "-693.329689346");
   EXPECT_EQ(shortest_number(0.1), "0.1");
   EXPECT_EQ(std::strtod(shortest_number(1.0 / 3).c_str(), nullptr), 1.0 / 3);
+  EXPECT_EQ(shortest_number(0.30000000000000004), "0.30000000000000004");  // 17 digits
+  EXPECT_EQ(shortest_number(4.9406564584124654e-324), "5e-324");           // the least subnormal
+  EXPECT_EQ(shortest_number(1e-310), "1e-310");
 }
 
 }  // namespace

@@ -130,7 +130,12 @@ std::string json_string(std::string_view text) {
 }
 
 std::string shortest_number(double value) {
-  for (int digits = 1; digits < 17; ++digits) {
+  // A normal double that a decimal of at most 15 significant digits reads back as is that
+  // decimal at 15 digits, once %g has dropped the trailing zeros: 15-digit decimals lie at
+  // least 10^-15 of the value apart, the double at most 2^-53 of it from the decimal. So the
+  // search starts at 15 digits; a subnormal, whose precision is less, from 1.
+  const int first = std::isnormal(value) || value == 0.0 ? 15 : 1;
+  for (int digits = first; digits < 17; ++digits) {
     const std::string text = format_text("%.*g", digits, value);
     if (std::strtod(text.c_str(), nullptr) == value) return text;
   }

@@ -19,9 +19,10 @@
 //   "a\"b\n"  ->  "\"a\\\"b\\n\"";   "\xff"  ->  "\"\\u00ff\""
 std::string json_string(std::string_view text);
 
-// `value` as the shortest decimal text that reads back as the same double.
+// `value` as %g text with the fewest significant digits that reads back as the same double
+// (in fixed notation up to 15 digits before the point).
 //
-//   -693.329689346 -> "-693.329689346";   0.1 -> "0.1"
+//   -693.329689346 -> "-693.329689346";   0.1 -> "0.1";   2245870.0 -> "2245870"
 std::string shortest_number(double value);
 
 // The table of the rows, one line per file in columns fitted to their widths, then the

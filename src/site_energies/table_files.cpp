@@ -1,5 +1,6 @@
 #include "table_files.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -50,16 +51,28 @@ bool write_crystal_files(const CrystalResult& result, const std::vector<std::str
   const std::string json = result_json(result) + "\n";
   files.push_back({kResultFile, [&](std::FILE* out) { std::fputs(json.c_str(), out); }});
 
-  const std::string suffix = ".tmp." + std::to_string(getpid());
-  for (std::size_t i = 0; i < files.size(); ++i) {
-    if (!write_temporary(files[i], files[i].name + suffix, error)) {
-      for (std::size_t k = 0; k <= i; ++k) std::remove((files[k].name + suffix).c_str());
+  // A name taken by a directory would stop the renaming half-way: it refuses the set first.
+  for (const TableFile& file : files) {
+    struct stat info {};
+    if (stat(file.name.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
+      error = "cannot write " + file.name + ": it is a directory";
       return false;
     }
   }
-  for (const TableFile& file : files) {
-    if (std::rename((file.name + suffix).c_str(), file.name.c_str()) != 0) {
-      error = "cannot rename " + file.name + suffix + ": " + std::strerror(errno);
+  const std::string suffix = ".tmp." + std::to_string(getpid());
+  const auto remove_from = [&](std::size_t first, std::size_t end) {
+    for (std::size_t k = first; k < end; ++k) std::remove((files[k].name + suffix).c_str());
+  };
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    if (!write_temporary(files[i], files[i].name + suffix, error)) {
+      remove_from(0, i + 1);
+      return false;
+    }
+  }
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    if (std::rename((files[i].name + suffix).c_str(), files[i].name.c_str()) != 0) {
+      error = "cannot rename " + files[i].name + suffix + ": " + std::strerror(errno);
+      remove_from(i, files.size());
       return false;
     }
   }
