@@ -12,7 +12,8 @@ constexpr const char* kResultFile = "site_energies.json";
 
 // Writes, in the working directory, "uc_U.dat", "EHnn.dat" and "ELnn.dat" in get_inter_ener's
 // formats and kResultFile for the written result `result`: each under "NAME.tmp.PID" first, all
-// renamed once every one is complete. Then removes the tables `stale` that an earlier, larger
+// renamed once every one is complete; a file that already holds its text is left alone. Then
+// removes the tables `stale` that an earlier, larger
 // run left. Returns false, with the reason in `error`, when a file cannot be written: the
 // temporary files are removed and the tables already there are left as they were.
 //
