@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "test_files.h"
+
 namespace {
 
 TEST(Disorder, HandComputedCrystals) {
@@ -49,15 +51,9 @@ TEST(Disorder, HandComputedCrystals) {
 // field as atof reads it; the other engines: the value of their final-energy line).
 TEST(RealOutputs, GiveTheEnergiesTheyPrint) {
   const std::string dir = QC_LOGS_DIR;
-  std::ifstream manifest(dir + "/MANIFEST.tsv");
-  if (!manifest) GTEST_SKIP() << "no engine outputs at " << dir;
-  std::string line;
-  std::getline(manifest, line);  // column names
-  int checked = 0;
-  for (; std::getline(manifest, line); ++checked) {
-    std::vector<std::string> cells;
-    std::istringstream fields(line);
-    for (std::string cell; std::getline(fields, cell, '\t');) cells.push_back(cell);
+  const auto rows = manifest_rows(dir);
+  if (rows.empty()) GTEST_SKIP() << "no engine outputs at " << dir;
+  for (const std::vector<std::string>& cells : rows) {
     const std::size_t value = cells.at(12).find("(value ");
     const std::string expected =
         cells.at(9) != "NONE" ? cells.at(9) : cells.at(12).substr(value + 7);
@@ -77,7 +73,7 @@ TEST(RealOutputs, GiveTheEnergiesTheyPrint) {
     ASSERT_EQ(r.files.size(), 1u);
     EXPECT_EQ(r.files[0].hartree, std::strtod(expected.c_str(), nullptr));
   }
-  EXPECT_EQ(checked, 12);
+  EXPECT_EQ(rows.size(), 12u);
 }
 
 }  // namespace

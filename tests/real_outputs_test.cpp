@@ -20,8 +20,8 @@ namespace {
 // energy), and checked in all three roles of a site (engine, termination, its one finding).
 TEST(RealOutputs, AreReadAndClassified) {
   const std::string dir = QC_LOGS_DIR;
-  std::ifstream manifest(dir + "/MANIFEST.tsv");
-  if (!manifest) GTEST_SKIP() << "no engine outputs at " << dir;
+  const auto rows = manifest_rows(dir);
+  if (rows.empty()) GTEST_SKIP() << "no engine outputs at " << dir;
   const std::map<std::string, std::string> findings = {
       // besides no-energy-line elsewhere
       {"gaussian_g09-D.01_mp2-sp.log", "not-scf-energy"},
@@ -36,13 +36,7 @@ TEST(RealOutputs, AreReadAndClassified) {
       {"nwchem_6.5_hf-sp.log", {"SCF", -379.768962491035}}};
   const std::map<std::string, std::string> highest = {
       {"gaussian_g09-D.01_mp2-sp.log", "MP2"}, {"gaussian_g16-A.03_ccsdt-sp.log", "CCSD(T)"}};
-  std::string line;
-  std::getline(manifest, line);  // column names
-  int checked = 0;
-  for (; std::getline(manifest, line); ++checked) {
-    std::vector<std::string> cells;
-    std::istringstream fields(line);
-    for (std::string cell; std::getline(fields, cell, '\t');) cells.push_back(cell);
+  for (const std::vector<std::string>& cells : rows) {
     SCOPED_TRACE(cells.at(0));
     FileRow row;
     row.file = dir + "/" + cells.at(0);
@@ -82,7 +76,7 @@ TEST(RealOutputs, AreReadAndClassified) {
       EXPECT_EQ(row.summary.levels.back().label, highest.at(cells.at(0)));
     }
   }
-  EXPECT_EQ(checked, 12);
+  EXPECT_EQ(rows.size(), 12u);
 }
 
 }  // namespace

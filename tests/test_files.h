@@ -12,7 +12,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "log_reader.h"
 
@@ -72,6 +74,21 @@ inline LogScan scan_through_fifo(const std::string& bytes, std::size_t chunk, st
   EXPECT_EQ(status, 0);  // the writer wrote everything: the reader read to the end
   unlink(path.c_str());
   return scan;
+}
+
+// The rows of the manifest of the real engine outputs in `dir` (MANIFEST.tsv, tab-separated,
+// its line of column names left out), or none when the folder is absent.
+inline std::vector<std::vector<std::string>> manifest_rows(const std::string& dir) {
+  std::vector<std::vector<std::string>> rows;
+  std::ifstream manifest(dir + "/MANIFEST.tsv");
+  std::string line;
+  std::getline(manifest, line);  // column names
+  while (std::getline(manifest, line)) {
+    std::vector<std::string>& cells = rows.emplace_back();
+    std::istringstream fields(line);
+    for (std::string cell; std::getline(fields, cell, '\t');) cells.push_back(cell);
+  }
+  return rows;
 }
 
 #endif  // GET_INTER_ENER_TEST_FILES_H

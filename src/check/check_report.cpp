@@ -129,6 +129,13 @@ std::string json_string(std::string_view text) {
   return s + "\"";
 }
 
+std::string finding_json(const Finding& f) {
+  return "{\"code\": " + json_string(f.code) + ", \"severity\": \"" + severity_name(f.severity) +
+         "\", \"site\": " + json_int_or_null(f.site > 0, f.site) +
+         ", \"file\": " + json_text_or_null(f.file) + ", \"message\": " + json_string(f.message) +
+         "}";
+}
+
 std::string shortest_number(double value) {
   // A normal double that a decimal of at most 15 significant digits reads back as is that
   // decimal at 15 digits, once %g has dropped the trailing zeros: 15-digit decimals lie at
@@ -215,11 +222,7 @@ void print_check_json(std::FILE* out, const CrystalInputs& in,
   }
   std::fprintf(out, "%s],\n  \"findings\": [", all.empty() ? "" : "\n  ");
   for (std::size_t i = 0; i < findings.size(); ++i) {
-    const Finding& f = findings[i];
-    std::fprintf(out, "%s\n    {\"code\": %s, \"severity\": \"%s\", \"site\": %s, \"file\": %s, ",
-                 i == 0 ? "" : ",", json_string(f.code).c_str(), severity_name(f.severity),
-                 json_int_or_null(f.site > 0, f.site).c_str(), json_text_or_null(f.file).c_str());
-    std::fprintf(out, "\"message\": %s}", json_string(f.message).c_str());
+    std::fprintf(out, "%s\n    %s", i == 0 ? "" : ",", finding_json(findings[i]).c_str());
   }
   std::fprintf(out, "%s]\n}\n", findings.empty() ? "" : "\n  ");
 }

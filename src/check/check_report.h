@@ -19,6 +19,12 @@
 //   "a\"b\n"  ->  "\"a\\\"b\\n\"";   "\xff"  ->  "\"\\u00ff\""
 std::string json_string(std::string_view text);
 
+// A finding as a JSON object: {"code", "severity", "site" (null for none), "file" (null for
+// none), "message"}.
+//
+//   {"charge-mismatch", wrong_number, 2, "m2.log", "..."}  ->  {"code": "charge-mismatch", ...}
+std::string finding_json(const Finding& finding);
+
 // `value` as %g text with the fewest significant digits that reads back as the same double
 // (in fixed notation up to 15 digits before the point).
 //

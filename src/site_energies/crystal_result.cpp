@@ -229,13 +229,7 @@ std::string result_json(const CrystalResult& r) {
                     ", \"electron\": " + disorder_json(r.electron) + "}";
   j += ", \"findings\": [";
   for (std::size_t i = 0; i < r.findings.size(); ++i) {
-    const Finding& f = r.findings[i];
-    j += format_text(
-        "%s{\"code\": %s, \"severity\": \"%s\", \"site\": %s, \"file\": %s, "
-        "\"message\": %s}",
-        i == 0 ? "" : ", ", json_string(f.code).c_str(), severity_name(f.severity),
-        f.site > 0 ? std::to_string(f.site).c_str() : "null",
-        f.file.empty() ? "null" : json_string(f.file).c_str(), json_string(f.message).c_str());
+    j += (i == 0 ? "" : ", ") + finding_json(r.findings[i]);
   }
   return j + "]}";
 }
