@@ -311,7 +311,7 @@ TEST(DecoderMemory, StreamsAboveTheLimitAreRefused) {
       EXPECT_EQ(scan.error, error);
     }
   }
-  EXPECT_EQ(scan_through_fifo(two_gib, 1, 40).error, needs("zstd", 2048));
+  EXPECT_EQ(scan_through_fifo(two_gib, 1, 40, true).error, needs("zstd", 2048));
 }
 
 // A dictionary or window within the limit that the system will not give (an address-space
