@@ -129,6 +129,17 @@ std::string json_string(std::string_view text) {
   return s + "\"";
 }
 
+std::string finding_place(const Finding& f) {
+  std::string where = f.site > 0 ? "site " + std::to_string(f.site) : "";
+  if (!f.file.empty()) where += (where.empty() ? "" : ", ") + printable_text(f.file);
+  return where.empty() ? "" : " (" + where + ")";
+}
+
+std::string finding_line(const Finding& f) {
+  return format_text("%-13s  %s%s: %s", severity_name(f.severity), f.code.c_str(),
+                     finding_place(f).c_str(), printable_text(f.message).c_str());
+}
+
 std::string finding_json(const Finding& f) {
   return "{\"code\": " + json_string(f.code) + ", \"severity\": \"" + severity_name(f.severity) +
          "\", \"site\": " + json_int_or_null(f.site > 0, f.site) +
@@ -174,11 +185,7 @@ void print_check_table(std::FILE* out, const CrystalInputs& in,
   }
   std::fprintf(out, "Findings:\n");
   for (const Finding& f : findings) {
-    std::string where = f.site > 0 ? "site " + std::to_string(f.site) : "";
-    if (!f.file.empty()) where += (where.empty() ? "" : ", ") + printable_text(f.file);
-    std::fprintf(out, "  %-13s  %s%s%s: %s\n", severity_name(f.severity), f.code.c_str(),
-                 where.empty() ? "" : " (", (where.empty() ? "" : where + ")").c_str(),
-                 printable_text(f.message).c_str());
+    std::fprintf(out, "  %s\n", finding_line(f).c_str());
   }
   const long stops = std::count_if(findings.begin(), findings.end(),
                                    [](const Finding& f) { return f.severity == Severity::stop; });

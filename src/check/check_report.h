@@ -19,6 +19,15 @@
 //   "a\"b\n"  ->  "\"a\\\"b\\n\"";   "\xff"  ->  "\"\\u00ff\""
 std::string json_string(std::string_view text);
 
+// Where a finding points, made printable: " (site 2, m2_anion.log)", or "" when it concerns no
+// one site and no one file.
+std::string finding_place(const Finding& finding);
+
+// A finding as a line of the check's report, without indent or line feed, made printable:
+//
+//   "wrong-number   charge-mismatch (site 2, m2.log): the cation holds charge 2; ..."
+std::string finding_line(const Finding& finding);
+
 // A finding as a JSON object: {"code", "severity", "site" (null for none), "file" (null for
 // none), "message"}.
 //

@@ -86,13 +86,6 @@ bool file_energy(const FileRow& row, const ReadingChoice& choice, FileEnergy& ou
   return true;
 }
 
-// Where a finding points, as the check's table says it: " (site 2, m2_anion.log)".
-std::string place(const Finding& f) {
-  std::string where = f.site > 0 ? "site " + std::to_string(f.site) : "";
-  if (!f.file.empty()) where += (where.empty() ? "" : ", ") + f.file;
-  return where.empty() ? "" : " (" + where + ")";
-}
-
 std::string json_number(double value) { return shortest_number(value); }
 
 std::string disorder_json(const Disorder& d) {
@@ -143,7 +136,7 @@ CrystalResult evaluate_crystal(const std::string& crystal, const CrystalInputs& 
   // The findings come most severe first: the first one that refuses the crystal says why.
   for (const Finding& f : r.findings) {
     if (f.severity == Severity::stop || (f.severity == Severity::wrong_number && !choice.force)) {
-      r.refused = f.code + place(f) + ": " + f.message;
+      r.refused = f.code + finding_place(f) + ": " + f.message;
       if (f.severity == Severity::wrong_number) r.refused += " (--force writes it)";
       return r;
     }

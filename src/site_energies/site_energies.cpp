@@ -84,12 +84,7 @@ int run_crystal(const std::string& crystal, const std::string& batch, const Read
     std::printf("%s: not written\n", crystal.c_str());
   }
   if (!json) {
-    for (const Finding& f : result.findings) {
-      std::string where = f.site > 0 ? "site " + std::to_string(f.site) : "";
-      if (!f.file.empty()) where += (where.empty() ? "" : ", ") + f.file;
-      std::printf("  %-13s  %s%s: %s\n", severity_name(f.severity), f.code.c_str(),
-                  where.empty() ? "" : (" (" + where + ")").c_str(), f.message.c_str());
-    }
+    for (const Finding& f : result.findings) std::printf("  %s\n", finding_line(f).c_str());
   }
   if (!result.refused.empty()) {
     std::fprintf(stderr, "site_energies: %s: refused: %s\n", crystal.c_str(),
