@@ -75,7 +75,10 @@ int run_crystal(const std::string& crystal, const std::string& batch, const Read
     result.refused = error;
   }
   if (json) {
+    // One line per crystal, each out as soon as it is done: a reader of the stream (a campaign
+    // watching for a crystal that blocks) sees every crystal end.
     std::printf("%s\n", result_json(result).c_str());
+    std::fflush(stdout);
   } else if (result.refused.empty()) {
     std::printf("%s: %zu site(s) written; hole sigma_site %.3f meV, electron sigma_site %.3f meV\n",
                 crystal.c_str(), result.energies.U_nM.size(), result.hole.sigma_site,
