@@ -1,32 +1,111 @@
-#!/bin/sh
-# Runs the many-crystals workflow on a generated campaign with two cores and compares its
-# table with the one the generator computed from the energies it wrote, byte for byte; then
-# again with a check program that is missing.
-#   many_crystals.sh WORKFLOW_DIR CHECK_PROGRAM JOB_PROGRAM
+#!/usr/bin/env bash
+# The many-crystals workflow through its local profile with two cores, on a generated campaign
+# with crystals of awkward names and one that blocks, its table compared byte for byte with the
+# one the generator computed:
+#   1. a fresh campaign;
+#   2. one output replaced: the same command redoes one batch and gives a fresh run's table;
+#   3. killed by SIGKILL, SIGINT and SIGTERM at several points: the same command completes it;
+#   4. the program missing: the campaign fails and names it.
+#   many_crystals.sh WORKFLOW_DIR SITE_ENERGIES
 # Status 77 (skipped) when snakemake is not installed.
-set -eu
-workflow=$1 check=$2 job=$3
+set -euo pipefail
+workflow=$1 program=$2
 if ! command -v snakemake >/dev/null 2>&1; then
   echo "skipped: snakemake is not installed (apt-get install snakemake)"
   exit 77
 fi
 dir=$(mktemp -d "${TMPDIR:-/tmp}/many_crystals_test.XXXXXX")
-trap 'rm -rf "$dir"' EXIT
+campaign_pid=
+cleanup() {
+  [[ -z $campaign_pid ]] || kill -KILL -- "-$campaign_pid" 2>/dev/null || true
+  rm -rf "$dir"
+}
+trap cleanup EXIT
 cd "$dir"
-python3 "$workflow/make_campaign.py" crystals 60 --seed 15 --expected expected.csv
-# Eight crystals a job, so that the two cores share several jobs.
-snakemake --snakefile "$workflow/Snakefile" --cores 2 --quiet \
-  --config check_inter_ener="$check" get_inter_ener="$job" crystals_per_job=8 >snakemake.log 2>&1 ||
-  { cat snakemake.log; exit 1; }
-diff expected.csv results/crystals.csv
-echo "the workflow's table of 60 crystals equals the expected one"
+fail() {
+  echo "FAILED: $*"
+  exit 1
+}
 
-# A check program that cannot be started: every crystal keeps its row, skipped, and the
-# workflow still succeeds.
-snakemake --snakefile "$workflow/Snakefile" --cores 2 --quiet \
-  --config check_inter_ener="$dir/absent" get_inter_ener="$job" results=absent >>snakemake.log 2>&1 ||
-  { cat snakemake.log; exit 1; }
-skipped=$(grep -c ",127,,skipped,no report from check_inter_ener (status 127): .*absent" \
-  absent/crystals.csv) || true
-[ "$skipped" = 60 ] || { echo "$skipped of 60 rows skipped without a check:"; cat absent/crystals.csv; exit 1; }
-echo "without a check program, all 60 crystals are skipped and the workflow succeeds"
+python3 "$workflow/make_campaign.py" crystals 60 --seed 15 --expected generated.csv
+# Every name a file system allows is a crystal like any other: copies of a clean crystal under
+# names that are options, outside UTF-8, 255 bytes long, or hold a newline, a comma, a quote.
+clean=$(grep -m1 ',written,yes,' generated.csv | cut -d, -f1)
+long=$(printf 'L%.0s' {1..255})
+names=(-dash --root $'\xff\xfe-latin' "$long" $'new\nline' 'comma, "quoted" and spaced')
+for name in "${names[@]}"; do cp -r "crystals/$clean" "crystals/$name"; done
+# A crystal whose output is a FIFO that nobody writes: it blocks until its time limit.
+cp -r "crystals/$clean" crystals/fifo-blocked
+rm crystals/fifo-blocked/site1_neutral.log
+mkfifo crystals/fifo-blocked/site1_neutral.log
+python3 - "$workflow" "$clean" generated.csv expected.csv "${names[@]}" <<'EOF'
+import sys
+sys.path.insert(0, sys.argv[1])
+import campaign_table
+clean, generated, expected, names = sys.argv[2], sys.argv[3], sys.argv[4], sys.argv[5:]
+rows = campaign_table.read_table(generated)
+model = next(r for r in rows if r["crystal"] == clean)
+rows += [dict(model, crystal=campaign_table.display_name(n)) for n in names]
+rows.append(campaign_table.failed_row("fifo-blocked", "timed-out",
+                                      "no result within 2 s: site_energies stopped"))
+campaign_table.write_table(expected, sorted(rows, key=lambda r: r["crystal"]))
+EOF
+
+# The command of the README, with the built program and small batches.
+campaign() {
+  snakemake --snakefile "$workflow/Snakefile" --profile "$workflow/profiles/local" --cores 2 \
+    --config site_energies="$program" crystals_per_job=8 crystal_time_limit=2 "$@"
+}
+
+# 1. A fresh campaign.
+campaign >run.log 2>&1 || { cat run.log; fail "the campaign failed"; }
+diff expected.csv results/crystals.csv || fail "the table differs from the expected one"
+echo "a campaign of $(($(wc -l <expected.csv) - 1)) rows gives the expected table"
+
+# 2. One output replaced by that of another site: one batch is redone, and the table is a
+# fresh run's.
+cp "crystals/$clean/site2_cation.log" "crystals/$clean/site1_cation.log"
+campaign >rerun.log 2>&1 || { cat rerun.log; fail "the rerun failed"; }
+campaign --config results=fresh site_energies="$program" crystals_per_job=8 \
+  crystal_time_limit=2 >fresh.log 2>&1 || { cat fresh.log; fail "the fresh run failed"; }
+diff fresh/crystals.csv results/crystals.csv || fail "the rerun's table is stale"
+cmp -s expected.csv results/crystals.csv && fail "the replaced output changed nothing"
+batches=$(grep -c '^rule batch:' rerun.log || true)
+[[ $batches == 1 ]] || fail "$batches batches redone for one replaced output"
+echo "after an output is replaced, one batch is redone and the table is a fresh run's"
+
+# 3. Interrupted: the campaign in its own process group, killed whole (as by Ctrl-C or a node
+# that dies) once COUNT batches are done, then run again as it was: the table must be the
+# uninterrupted run's.
+interrupt() {
+  local signal=$1 count=$2 results=interrupted-$1-$2
+  setsid bash -c 'exec "$@"' campaign snakemake --snakefile "$workflow/Snakefile" \
+    --profile "$workflow/profiles/local" --cores 2 --config site_energies="$program" \
+    crystals_per_job=8 crystal_time_limit=2 results="$results" >"$results.log" 2>&1 &
+  campaign_pid=$!
+  for ((tick = 0; tick < 200; tick++)); do
+    done_batches=$(ls "$results/batches" 2>/dev/null | grep -c '[0-9]\.csv$' || true)
+    ((done_batches < count)) || break
+    sleep 0.05
+  done
+  kill "-$signal" -- "-$campaign_pid" 2>/dev/null || true
+  { wait "$campaign_pid" || true; } 2>/dev/null
+  campaign_pid=
+  [[ ! -e $results/crystals.csv ]] || fail "SIG$signal came after the campaign ended"
+  campaign --config results="$results" site_energies="$program" crystals_per_job=8 \
+    crystal_time_limit=2 >>"$results.log" 2>&1 || { cat "$results.log"; fail "not completed after SIG$signal"; }
+  diff fresh/crystals.csv "$results/crystals.csv" || fail "another table after SIG$signal"
+}
+interrupt KILL 0
+interrupt KILL 2
+interrupt INT 1
+interrupt TERM 3
+echo "killed by SIGKILL, SIGINT or SIGTERM, the same command completes the campaign"
+
+# 4. A program that cannot be found fails the campaign, and the message names it.
+if campaign --config site_energies="$dir/absent" results=absent >absent.log 2>&1; then
+  fail "the campaign succeeded without its program"
+fi
+grep -q "program not found: $dir/absent" absent.log || { cat absent.log; fail "no message"; }
+[[ ! -e absent/crystals.csv ]] || fail "a table was written without the program"
+echo "without its program, the campaign fails and names it"

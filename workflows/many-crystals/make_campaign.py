@@ -7,10 +7,11 @@ ROOT/crystal-NNNNN/ holds, for each of 2 to 4 sites, Gaussian-style outputs of t
 cation and neutral molecule that check_inter_ener takes as clean, with int_ener_files.dat and
 neighbor.dat. Some crystals are broken on purpose, each kind at least once when N allows:
 a missing output, a job cut off after its energy, anion and cation exchanged in the batch
-list, a neighbour table whose site count disagrees with the batch list, and a directory in
-the place of the table EH01.dat (the check passes, the run fails). The same seed gives the
-same campaign. The expected table is computed from the energies written here, as the programs
-convert them (hartree x 27211.4, "%.6f"), without running them.
+list, a neighbour table whose site count disagrees with the batch list, a directory in the
+place of the table EH01.dat, and an energy field "nan". The same seed gives the same campaign.
+The expected table is what the workflow must write with its default settings: each broken
+crystal refused with site_energies' reason, and the disorder of the others computed from the
+energies written here, as site_energies computes it (hartree x 27211.4), without running it.
 """
 import argparse
 import math
@@ -24,7 +25,7 @@ import campaign_table  # noqa: E402
 HARTREE_TO_MEV = 27211.4
 ROLES = ("anion", "cation", "neutral")
 CHARGES = {"anion": -1, "cation": 1, "neutral": 0}
-BROKEN_KINDS = ("missing-file", "cut-off", "swapped", "site-count", "table-blocked")
+BROKEN_KINDS = ("missing-file", "cut-off", "swapped", "site-count", "table-blocked", "nan-energy")
 
 # Small closed-shell molecules: formula, atoms (symbol, x, y, z in angstrom), and a neutral
 # energy in hartree around which each site's energy is drawn.
@@ -95,12 +96,6 @@ def write_text(path, text):
         out.write(text)
 
 
-def differences(charged, neutral, lists):
-    """The EH (or EL) values of every site in file order, as the programs print them."""
-    return ["%.6f" % ((charged[k] - neutral[k]) - (charged[i] - neutral[i]))
-            for i, neighbours in enumerate(lists) for k in neighbours]
-
-
 def make_crystal(rng, directory, broken):
     """Writes one crystal and returns its expected row."""
     os.makedirs(directory)
@@ -114,15 +109,18 @@ def make_crystal(rng, directory, broken):
                  "anion": neutral + rng.randint(-300000, 300000)}
         texts.append({role: "%.9f" % (units[role] / 1e7) for role in ROLES})
     names = [{role: "site%d_%s.log" % (s + 1, role) for role in ROLES} for s in range(sites)]
-    cut_site = rng.randrange(sites)
+    # The output that a broken crystal has wrong: its site and role.
+    bad_site, bad_role = rng.randrange(sites), rng.choice(ROLES)
+    if broken in ("cut-off", "nan-energy"):
+        bad_role = "neutral"
+    if broken == "nan-energy":
+        texts[bad_site]["neutral"] = "nan"
     for s in range(sites):
         for role in ROLES:
-            cut_off = broken == "cut-off" and s == cut_site and role == "neutral"
+            cut_off = broken == "cut-off" and (s, role) == (bad_site, bad_role)
             write_text(os.path.join(directory, names[s][role]),
                        engine_output(names[s][role][:-4], role, molecule, texts[s][role], cut_off))
-    columns = list(ROLES)
-    if broken == "swapped":
-        columns = ["cation", "anion", "neutral"]
+    columns = ["cation", "anion", "neutral"] if broken == "swapped" else list(ROLES)
     write_text(os.path.join(directory, "int_ener_files.dat"),
                "%d\n" % sites + "".join(" ".join(n[c] for c in columns) + "\n" for n in names))
     lists = neighbour_lists(rng, sites)
@@ -132,38 +130,80 @@ def make_crystal(rng, directory, broken):
         numbers += [i + 1, len(neighbours)] + [k + 1 for k in neighbours]
     write_text(os.path.join(directory, "neighbor.dat"), "".join("%s\n" % n for n in numbers))
     if broken == "missing-file":
-        os.remove(os.path.join(directory, names[rng.randrange(sites)][rng.choice(ROLES)]))
+        os.remove(os.path.join(directory, names[bad_site][bad_role]))
     if broken == "table-blocked":
         os.mkdir(os.path.join(directory, "EH01.dat"))
-    return expected_row(os.path.basename(directory), sites, broken, texts, columns, lists)
+    return expected_row(os.path.basename(directory), broken, texts, lists,
+                        names[bad_site][bad_role], bad_site + 1)
 
 
-# What check_inter_ener reports for each kind of crystal: status, codes, and whether it stops.
-CHECK_ANSWERS = {
-    None: (0, "", False), "table-blocked": (0, "", False),
-    "cut-off": (1, "not-normal-termination", False), "swapped": (1, "anion-cation-swapped", False),
-    "missing-file": (2, "missing-file", True), "site-count": (2, "neighbor-table-refused", True),
-}
+def disorder(energies, lists):
+    """A carrier's disorder columns from its site energies (meV) and the neighbour lists, as
+    site_energies computes them, step for step, so that every double is the same."""
+    n = len(energies)
+    mean = 0.0
+    for e in energies:
+        mean += e
+    mean /= n
+    spread = 0.0
+    for e in energies:
+        spread += (e - mean) * (e - mean)
+    sigma_site = math.sqrt(spread / n)
+    squares, pairs = 0.0, 0
+    for i, neighbours in enumerate(lists):
+        for k in neighbours:
+            squares += (energies[k] - energies[i]) * (energies[k] - energies[i])
+            pairs += 1
+    sigma_delta = math.sqrt(squares / pairs) if pairs else 0.0
+    ratio = sigma_delta * sigma_delta / (2.0 * sigma_site * sigma_site) if sigma_site > 0 else None
+    numbers = [campaign_table.shortest_number(x) for x in
+               (sigma_site, sigma_delta, sigma_delta / math.sqrt(2.0))]
+    return numbers + ["" if ratio is None else campaign_table.shortest_number(ratio), str(n),
+                      str(pairs)]
 
 
-def expected_row(crystal, sites, broken, texts, columns, lists):
-    status, codes, stops = CHECK_ANSWERS[broken]
+def refusal(broken, sites, file_name, site):
+    """The codes and the reason site_energies gives for a crystal of the kind `broken`,
+    `file_name` being the output concerned and `site` its site."""
+    place = "(site %d, %s)" % (site, file_name)
+    return {
+        "table-blocked": ("", "cannot write EH01.dat: it is a directory"),
+        "cut-off": ("not-normal-termination",
+                    "not-normal-termination %s: no normal termination (cut off, or still "
+                    "running): the last SCF energy it reached is taken (--force writes it)" % place),
+        "swapped": ("anion-cation-swapped",
+                    "anion-cation-swapped (site 1, site1_cation.log): the anion column holds "
+                    "charge +1 and the cation column site1_anion.log charge -1: the site's "
+                    "electron and hole energies are exchanged (--force writes it)"),
+        "missing-file": ("missing-file", 'missing-file %s: get_inter_ener stops with "Failed '
+                         'to open input file: %s"' % (place, file_name)),
+        "site-count": ("neighbor-table-refused",
+                       'neighbor-table-refused (neighbor.dat): uc_U.dat is written, then '
+                       'get_inter_ener stops with "Number of molecules (%d:%d) is not '
+                       'compatible! Please check files neighbor.dat and int_ener_files.dat"'
+                       % (sites + 1, sites)),
+        "nan-energy": ("energy-not-finite",
+                       'energy-not-finite %s: the energy of the last "SCF Done" line reads as '
+                       'nan: the tables get values that are no numbers (" SCF Done:  E(RB3LYP) '
+                       '=  nan     A.U. after   11 cycles") (--force writes it)' % place),
+    }[broken]
+
+
+def expected_row(crystal, broken, texts, lists, file_name, site):
+    """The crystal's row of the campaign table."""
     row = dict.fromkeys(campaign_table.COLUMNS, "")
-    row.update(crystal=crystal, sites=sites, check_status=status, finding_codes=codes)
-    if stops:
-        row.update(outcome="skipped", reason="stopped by " + codes)
-    elif broken == "table-blocked":
-        row.update(outcome="failed",
-                   reason="get_inter_ener status 255: Failed to open output file EH01.dat")
-    else:
-        # The energies of each column in meV, as the program reads the column's files.
-        mev = {role: [float(t[column]) * HARTREE_TO_MEV for t in texts]
-               for role, column in zip(ROLES, columns)}
-        row["outcome"] = "ran"
-        for prefix, role in (("holes", "cation"), ("electrons", "anion")):
-            stats = campaign_table.pair_statistics(differences(mev[role], mev["neutral"], lists))
-            for key, value in zip(("pairs", "mean_meV", "sd_meV", "min_meV", "max_meV"), stats):
-                row["%s_%s" % (prefix, key)] = value
+    row["crystal"] = crystal
+    if broken:
+        codes, reason = refusal(broken, len(texts), file_name, site)
+        row.update(outcome="refused", trusted="no", reason=reason, finding_codes=codes)
+        return row
+    row.update(outcome="written", trusted="yes")
+    # The site energies in meV, as the program computes them from the hartree it reads.
+    mev = {role: [float(t[role]) * HARTREE_TO_MEV for t in texts] for role in ROLES}
+    for carrier, charged in (("hole", "cation"), ("electron", "anion")):
+        energies = [c - n for c, n in zip(mev[charged], mev["neutral"])]
+        for key, value in zip(campaign_table.DISORDER_KEYS, disorder(energies, lists)):
+            row["%s_%s" % (carrier, key)] = value
     return row
 
 
