@@ -5,6 +5,8 @@
 #   share/man/man1/get_inter_ener.1     their manual pages
 #   share/man/man1/check_inter_ener.1
 #   share/man/man1/site_energies.1
+#   share/get_inter_ener/workflows/many-crystals/   the campaign workflow: Snakefile, scripts,
+#                                       configuration and profiles
 #   lib/libmmutil.a                     the utility library
 #   include/mmutil/text.h, numeric.h    its headers
 #   lib/cmake/mmutil/                   its CMake package: find_package(mmutil) gives mmutil::mmutil
@@ -19,6 +21,9 @@ foreach(page get_inter_ener check_inter_ener site_energies)
   configure_file(doc/${page}.1.in doc/${page}.1 @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/doc/${page}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endforeach()
+
+install(DIRECTORY workflows/many-crystals DESTINATION ${CMAKE_INSTALL_DATADIR}/${PROJECT_NAME}/workflows
+  PATTERN __pycache__ EXCLUDE PATTERN "*.pyc" EXCLUDE)
 
 install(TARGETS mmutil EXPORT mmutil INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY lib/include/mmutil DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}

@@ -11,7 +11,8 @@ string(CONCAT CPACK_PACKAGE_DESCRIPTION
   "the site-energy tables of hole and electron transport; check_inter_ener tells,\n"
   "before a run, what is wrong with those outputs; site_energies writes the tables\n"
   "from the outputs of any of the four engines, checked first, with the figures of\n"
-  "energetic disorder, for many crystals in one run. The package also holds\n"
+  "energetic disorder, for many crystals in one run; a Snakemake workflow runs\n"
+  "campaigns of thousands of crystals with them. The package also holds\n"
   "the mmutil utility library with its headers, CMake package and pkg-config file.")
 
 # Debian package names take no underscore.
@@ -19,5 +20,7 @@ set(CPACK_DEBIAN_PACKAGE_NAME get-inter-ener)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# The campaign workflow runs on Snakemake and draws its figures with matplotlib.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "snakemake, python3-matplotlib")
 
 include(CPack)
