@@ -81,7 +81,8 @@ def disorder_points(table_path, everything):
     points = []
     for row in rows:
         values = [row[c + "_sigma_site_meV"] for c in CARRIERS]
-        if all(values) and (row["outcome"] == "written" if everything else row["trusted"] == "yes"):
+        wanted = row["outcome"] == "written" if everything else row["trusted"] == "yes"
+        if wanted and all(values):
             points.append((row["crystal"], values[0], values[1], row["trusted"] == "yes"))
     return points, len(rows)
 
@@ -184,9 +185,9 @@ def crystal(jsonl_path, name, out_stem):
     fig, axes = plt.subplots(1, 2, figsize=(max(8, min(20, 3 + 1.2 * len(sites))), 5.5))
     fig.suptitle("Site energies of %s" % shown(name, 70), parse_math=False)
     self_images = sum(1 for p in pairs if p.get("site") == p.get("neighbor"))
-    fig.text(0.5, 0.01, "%d sites; lines join neighbouring sites, labelled E(right) \u2212 "
-             "E(left) in meV; %d pair entries, %d of them a site's own image" % (
-                 len(sites), len(pairs), self_images), ha="center", fontsize=8)
+    fig.text(0.5, 0.01, "%s; lines join neighbouring sites, labelled E(right) \u2212 E(left) "
+             "in meV; %s, %d of them a site's own image" % (counted(len(sites), "site"), counted(
+                 len(pairs), "listed pair"), self_images), ha="center", fontsize=8)
     for ax, carrier in zip(axes, CARRIERS):
         level = {}
         for s in sites:
