@@ -7,11 +7,16 @@
 #   3. killed by SIGKILL, SIGINT and SIGTERM at several points: the same command completes it;
 #   4. the program missing: the campaign fails and names it.
 #   many_crystals.sh WORKFLOW_DIR SITE_ENERGIES
-# Status 77 (skipped) when snakemake is not installed.
+# Status 77 (skipped) when snakemake or python3-matplotlib is not installed.
 set -euo pipefail
 workflow=$1 program=$2
 if ! command -v snakemake >/dev/null 2>&1; then
   echo "skipped: snakemake is not installed (apt-get install snakemake)"
+  exit 77
+fi
+# The figures are drawn by the Python Snakemake runs on.
+if ! "$(sed -n '1s/^#! *//p' "$(command -v snakemake)")" -c 'import matplotlib' 2>/dev/null; then
+  echo "skipped: python3-matplotlib is not installed (apt-get install python3-matplotlib)"
   exit 77
 fi
 dir=$(mktemp -d "${TMPDIR:-/tmp}/many_crystals_test.XXXXXX")
@@ -51,6 +56,9 @@ rows.append(campaign_table.failed_row("fifo-blocked", "timed-out",
 campaign_table.write_table(expected, sorted(rows, key=lambda r: r["crystal"]))
 EOF
 
+# The rows of a table (a name may hold a newline).
+count_rows() { python3 -c 'import csv, sys; print(sum(1 for _ in csv.DictReader(open(sys.argv[1]))))' "$1"; }
+
 # The command of the README, with the built program and small batches.
 campaign() {
   snakemake --snakefile "$workflow/Snakefile" --profile "$workflow/profiles/local" --cores 2 \
@@ -60,29 +68,59 @@ campaign() {
 # 1. A fresh campaign.
 campaign >run.log 2>&1 || { cat run.log; fail "the campaign failed"; }
 diff expected.csv results/crystals.csv || fail "the table differs from the expected one"
-echo "a campaign of $(($(wc -l <expected.csv) - 1)) rows gives the expected table"
+echo "a campaign of $(count_rows expected.csv) rows gives the expected table"
 
-# 2. One output replaced by that of another site: one batch is redone, and the table is a
-# fresh run's.
+# The summary counts the rows, and the disorder figure shows the trusted ones.
+rows=$(count_rows expected.csv) trusted=$(grep -c ',written,yes,' expected.csv)
+grep -qx "crystals: $rows" results/summary.txt &&
+  grep -qx "written: $trusted (trusted $trusted, untrusted 0)" results/summary.txt &&
+  grep -q "^disorder of the $trusted trusted crystals" results/summary.txt ||
+  { cat results/summary.txt; fail "the summary does not count the table"; }
+python3 - "$workflow" <<'END' || fail "the disorder figure's data are not the trusted rows"
+import csv, sys
+sys.path.insert(0, sys.argv[1])
+import campaign_table
+keys = ["crystal", "hole_sigma_site_meV", "electron_sigma_site_meV"]
+table = [[r[k] for k in keys] for r in campaign_table.read_table("results/crystals.csv")
+         if r["trusted"] == "yes"]
+with open("results/figures/disorder.csv", newline="") as source:
+    sys.exit(list(csv.reader(source)) != [keys] + table)
+END
+
+# 2. One output replaced by that of another site, then a crystal removed and one added: each
+# time at most the batches concerned are redone, and the table is a fresh run's.
+rerun() {
+  campaign >rerun.log 2>&1 || { cat rerun.log; fail "the rerun failed"; }
+  rm -rf fresh
+  campaign --config results=fresh site_energies="$program" crystals_per_job=8 \
+    crystal_time_limit=2 >fresh.log 2>&1 || { cat fresh.log; fail "the fresh run failed"; }
+  diff fresh/crystals.csv results/crystals.csv || fail "the rerun's table is stale"
+  batches=$(grep -c '^rule batch:' rerun.log || true)
+  ((batches >= 1 && batches <= $1)) || fail "$batches batches redone, not 1 to $1"
+}
 cp "crystals/$clean/site2_cation.log" "crystals/$clean/site1_cation.log"
-campaign >rerun.log 2>&1 || { cat rerun.log; fail "the rerun failed"; }
-campaign --config results=fresh site_energies="$program" crystals_per_job=8 \
-  crystal_time_limit=2 >fresh.log 2>&1 || { cat fresh.log; fail "the fresh run failed"; }
-diff fresh/crystals.csv results/crystals.csv || fail "the rerun's table is stale"
+rerun 1
 cmp -s expected.csv results/crystals.csv && fail "the replaced output changed nothing"
-batches=$(grep -c '^rule batch:' rerun.log || true)
-[[ $batches == 1 ]] || fail "$batches batches redone for one replaced output"
-echo "after an output is replaced, one batch is redone and the table is a fresh run's"
+rm -r crystals/comma*
+cp -r "crystals/$clean" crystals/added
+rerun 2
+echo "after an output is replaced, a crystal removed and one added, the table is a fresh run's"
 
 # 3. Interrupted: the campaign in its own process group, killed whole (as by Ctrl-C or a node
 # that dies) once COUNT batches are done, then run again as it was: the table must be the
 # uninterrupted run's.
 interrupt() {
   local signal=$1 count=$2 results=interrupted-$1-$2
-  setsid bash -c 'exec "$@"' campaign snakemake --snakefile "$workflow/Snakefile" \
+  # A process group of its own, with SIGINT heard (a shell's background jobs ignore it).
+  python3 -c 'import os, signal, sys
+signal.signal(signal.SIGINT, signal.SIG_DFL)
+os.setsid()
+os.execvp(sys.argv[1], sys.argv[1:])' snakemake --snakefile "$workflow/Snakefile" \
     --profile "$workflow/profiles/local" --cores 2 --config site_energies="$program" \
     crystals_per_job=8 crystal_time_limit=2 results="$results" >"$results.log" 2>&1 &
   campaign_pid=$!
+  # The group exists once setsid() has run.
+  until kill -0 -- "-$campaign_pid" 2>/dev/null; do sleep 0.01; done
   for ((tick = 0; tick < 200; tick++)); do
     done_batches=$(ls "$results/batches" 2>/dev/null | grep -c '[0-9]\.csv$' || true)
     ((done_batches < count)) || break

@@ -107,8 +107,12 @@ def write_manifests(root, results, per_batch, settings):
     ({batch id: [crystal names as str]}, {crystal name as str: batch id}). Names are kept as
     str by the file-system encoding, so that a name outside UTF-8 survives the round trip.
     `settings` (a dict: the program, its options, the time limit...) goes into every manifest.
+    Raises RuntimeError when `root` cannot be read.
     """
-    names = crystal_names(root)
+    try:
+        names = crystal_names(root)
+    except OSError as error:
+        raise RuntimeError("cannot read the crystals' directory %s: %s" % (root, error.strerror))
     batches = batch_count(len(names), per_batch)
     members = {}
     for name in names:
