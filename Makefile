@@ -77,10 +77,10 @@ fuzz:
 # the job with -verbose, page cache warm and cold, on the three large outputs and on the example
 # crystal; the job on the three outputs compressed with each format (compressed once and kept)
 # against zcat, bzcat, xzcat and zstdcat in BENCH_COMPRESSED_RUNS alternating runs. Last, the
-# many-crystals workflow against a plain shell loop on a generated campaign of 1000 small
-# crystals (build/bench/campaign-1000, kept), warm cache; and site_energies against the check on
-# the example crystal, then on a campaign of 10000 (build/bench/campaign-10000, kept) in one
-# process.
+# many-crystals workflow on a generated campaign of 100000 small crystals
+# (build/bench/campaign-100000, kept; about 5 GB), warm cache: its jobs built and the whole
+# campaign on 2 cores; and site_energies against the check on the example crystal, then on a
+# campaign of 10000 (build/bench/campaign-10000, kept) in one process.
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -103,7 +103,7 @@ bench:
 	  $(notdir $(wildcard examples/*.log examples/*.log.gz))
 	$(BENCH_DIR)/bench/compressed_vs_decompressor $(abspath $(BENCH_DIR))/src/get_inter_ener \
 	  $(BENCH_DATA) $(BENCH_COMPRESSED_RUNS) mol_1.log mol_2.log mol_3.log
-	bench/many_crystals.sh $(BENCH_DIR)/src $(BENCH_DIR) 1000 3 100 10 1
+	bench/many_crystals.sh $(BENCH_DIR)/src $(BENCH_DIR) 100000 3
 	[ -d $(BENCH_DIR)/campaign-10000/crystals ] || { rm -rf $(BENCH_DIR)/campaign-10000.part && \
 	  python3 workflows/many-crystals/make_campaign.py $(BENCH_DIR)/campaign-10000.part/crystals \
 	  10000 --seed 1 && mv $(BENCH_DIR)/campaign-10000.part $(BENCH_DIR)/campaign-10000; }
