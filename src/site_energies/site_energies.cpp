@@ -64,16 +64,10 @@ bool parse_engine(const char* text, Engine& engine) {
   return false;
 }
 
-// Checks and writes the crystal in the working directory, named `crystal` in what is printed.
-// Returns the crystal's exit status.
-int run_crystal(const std::string& crystal, const std::string& batch, const ReadingChoice& choice,
-                bool json) {
-  const CrystalInputs inputs = read_crystal(batch, 1);
-  CrystalResult result = evaluate_crystal(crystal, inputs, check_crystal(inputs), choice);
-  std::string error;
-  if (result.refused.empty() && !write_crystal_files(result, inputs.stale_tables, error)) {
-    result.refused = error;
-  }
+// Prints what became of the crystal (its JSON line, or its summary line and findings) and, for
+// a refused one, the refusal on standard error. Returns the crystal's exit status.
+int report_crystal(const CrystalResult& result, bool json) {
+  const std::string& crystal = result.crystal;
   if (json) {
     // One line per crystal, each out as soon as it is done: a reader of the stream (a campaign
     // watching for a crystal that blocks) sees every crystal end.
@@ -95,6 +89,18 @@ int run_crystal(const std::string& crystal, const std::string& batch, const Read
     return kRefused;
   }
   return result.findings.empty() ? kWritten : kWrittenWithFindings;
+}
+
+// Checks and writes the crystal in the working directory, named `crystal` in what is printed.
+CrystalResult run_crystal(const std::string& crystal, const std::string& batch,
+                          const ReadingChoice& choice) {
+  const CrystalInputs inputs = read_crystal(batch, 1);
+  CrystalResult result = evaluate_crystal(crystal, inputs, check_crystal(inputs), choice);
+  std::string error;
+  if (result.refused.empty() && !write_crystal_files(result, inputs.stale_tables, error)) {
+    result.refused = error;
+  }
+  return result;
 }
 
 }  // namespace
@@ -158,14 +164,18 @@ int main(int argc, char** argv) {
   }
   int status = kWritten;
   for (const std::string& crystal : crystals) {
-    int crystal_status = kRefused;
+    CrystalResult result;
     if (fchdir(home) != 0 || chdir(crystal.c_str()) != 0) {
-      std::fprintf(stderr, "site_energies: %s: refused: cannot enter the directory: %s\n",
-                   crystal.c_str(), std::strerror(errno));
+      const int error = errno;
+      // Still a crystal of the run: its line in the JSON stream says why it was not read.
+      result.crystal = crystal;
+      result.batch = batch;
+      result.level = choice.level;
+      result.refused = std::string("cannot enter the directory: ") + std::strerror(error);
     } else {
-      crystal_status = run_crystal(crystal, batch, choice, json);
+      result = run_crystal(crystal, batch, choice);
     }
-    status = std::max(status, crystal_status);
+    status = std::max(status, report_crystal(result, json));
   }
   close(home);
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
