@@ -44,6 +44,13 @@ def names_that_fit(names, start):
     return end
 
 
+def reported_name(name):
+    """The crystal `name` (bytes) as site_energies' JSON gives it, once read: its UTF-8 as
+    characters, each byte outside UTF-8 as the character of that code (\\u00XX)."""
+    text = name.decode("utf-8", "surrogateescape")
+    return "".join(chr(ord(c) - 0xDC00) if 0xDC80 <= ord(c) <= 0xDCFF else c for c in text)
+
+
 def remove_temporary_files(root, name, pid):
     """Removes the files a stopped run (process `pid`) may have left in the crystal
     `root/name` while writing its tables (NAME.tmp.PID)."""
@@ -114,9 +121,14 @@ def batch_rows(manifest, results, log):
         if isinstance(line, tuple):
             rows.append(campaign_table.failed_row(name, *line))
             continue
+        result = json.loads(line, parse_float=str, parse_int=str)
+        # Lines are paired with crystals by their order: a line of another crystal would put
+        # its numbers in the wrong row.
+        if result["crystal"] != reported_name(names[index]):
+            raise BatchError("site_energies answered for %r where %r was expected" % (
+                result["crystal"], reported_name(names[index])))
         results.write(line + b"\n")
-        rows.append(campaign_table.result_row(name, json.loads(line, parse_float=str,
-                                                               parse_int=str)))
+        rows.append(campaign_table.result_row(name, result))
     return rows
 
 
