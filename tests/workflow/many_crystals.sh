@@ -87,6 +87,13 @@ with open("results/figures/disorder.csv", newline="") as source:
     sys.exit(list(csv.reader(source)) != [keys] + table)
 END
 
+# A crystal's diagram on request: a site row per site of its table row.
+campaign -- "results/figures/$clean.png" >figure.log 2>&1 || { cat figure.log; fail "no diagram"; }
+sites=$(grep -c '^site,' "results/figures/$clean.csv" || true)
+[[ -s results/figures/$clean.png && -s results/figures/$clean.svg ]] &&
+  grep -q "^$clean,written,yes,.*,$sites,[0-9]*,[^,]*,[^,]*,[^,]*,[^,]*,$sites,[0-9]*\$" \
+    results/crystals.csv || fail "the diagram of $clean does not show its $sites sites"
+
 # 2. One output replaced by that of another site, then a crystal removed and one added: each
 # time at most the batches concerned are redone, and the table is a fresh run's.
 rerun() {
