@@ -22,8 +22,11 @@ foreach(page get_inter_ener check_inter_ener site_energies)
   install(FILES ${PROJECT_BINARY_DIR}/doc/${page}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endforeach()
 
+# The Slurm profile's status script is run by Snakemake: it stays executable.
 install(DIRECTORY workflows/many-crystals DESTINATION ${CMAKE_INSTALL_DATADIR}/${PROJECT_NAME}/workflows
-  PATTERN __pycache__ EXCLUDE PATTERN "*.pyc" EXCLUDE)
+  PATTERN __pycache__ EXCLUDE PATTERN "*.pyc" EXCLUDE
+  PATTERN slurm-status PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+    WORLD_READ WORLD_EXECUTE)
 
 install(TARGETS mmutil EXPORT mmutil INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY lib/include/mmutil DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}

@@ -1,0 +1,245 @@
+#!/usr/bin/env bash
+# The many-crystals workflow on a one-node Slurm cluster that the test starts on 127.0.0.1 (its
+# own configuration, ports, state, munge key and socket, all in a temporary folder): a
+# generated campaign of 200 crystals, broken ones among them, through each Slurm profile, with
+# USER unset. For each profile one running batch job is cancelled mid-campaign: the campaign
+# must fail, and the same command must then redo that batch alone and write the table expected,
+# byte for byte, which a local run gives too. Every daemon it started is stopped by its process
+# id on exit, however the test ends.
+#   slurm_campaign.sh WORKFLOW_DIR SITE_ENERGIES
+# Status 77 (skipped), saying why, when not root or when Slurm, munge or Snakemake is missing.
+set -euo pipefail
+workflow=$1 program=$2
+skip() {
+  echo "skipped: $*"
+  exit 77
+}
+((EUID == 0)) || skip "the Slurm daemons need root"
+for command in slurmctld slurmd munged sbatch sinfo squeue scontrol scancel setpriv snakemake; do
+  command -v "$command" >/dev/null 2>&1 ||
+    skip "$command is not installed (apt-get install slurmctld slurmd slurm-client munge snakemake)"
+done
+id munge >/dev/null 2>&1 || skip "there is no user munge (apt-get install munge)"
+python=$(sed -n '1s/^#! *//p' "$(command -v snakemake)")
+"$python" -c 'import matplotlib' 2>/dev/null ||
+  skip "python3-matplotlib is not installed (apt-get install python3-matplotlib)"
+
+dir=$(mktemp -d "${TMPDIR:-/tmp}/slurm_campaign_test.XXXXXX")
+# munged, as user munge, must reach its socket inside.
+chmod 755 "$dir"
+munged_pid= slurmctld_pid= slurmd_pid= campaign_pid=
+started=$(date +%s.%N)
+# Stops a daemon by its process id: SIGTERM, then SIGKILL after 10 s.
+stop() {
+  local pid=$1
+  [[ -n $pid ]] || return 0
+  kill -TERM "$pid" 2>/dev/null || return 0
+  for ((tick = 0; tick < 100; tick++)); do
+    kill -0 "$pid" 2>/dev/null || break
+    sleep 0.1
+  done
+  kill -KILL "$pid" 2>/dev/null || true
+  wait "$pid" 2>/dev/null || true
+}
+cleanup() {
+  [[ -z $campaign_pid ]] || { kill -KILL -- "-$campaign_pid" 2>/dev/null || true; }
+  # A job's processes belong to slurmstepd, which outlives slurmd: cancel the jobs and wait
+  # until the node runs none before the daemons stop.
+  if [[ -n $slurmd_pid ]] && kill -0 "$slurmd_pid" 2>/dev/null; then
+    scancel --full "--user=$(id -un)" 2>/dev/null || true
+    for ((tick = 0; tick < 150; tick++)); do
+      [[ -z $(squeue --noheader 2>/dev/null) ]] &&
+        ! scontrol listpids 2>/dev/null | grep -q '^[0-9]' && break
+      sleep 0.2
+    done
+  fi
+  stop "$slurmd_pid"
+  stop "$slurmctld_pid"
+  stop "$munged_pid"
+  rm -rf "$dir"
+}
+trap cleanup EXIT
+fail() {
+  echo "FAILED: $*"
+  exit 1
+}
+
+# A one-node cluster: this machine, under the name slurmd gives it, with its CPUs and memory;
+# no accounting (Snakemake then asks scontrol, which knows a job MinJobAge seconds after its
+# end).
+mkdir -p "$dir"/munge "$dir"/munge-key "$dir"/state "$dir"/spool "$dir"/log
+chown munge:munge "$dir/munge" "$dir/munge-key"
+chmod 755 "$dir/munge"
+chmod 700 "$dir/munge-key"
+head -c 1024 /dev/urandom >"$dir/munge-key/munge.key"
+chown munge:munge "$dir/munge-key/munge.key"
+chmod 600 "$dir/munge-key/munge.key"
+read -r node cpus memory < <(slurmd -C | sed -n '1s/^NodeName=\([^ ]*\) CPUs=\([0-9]*\) .*RealMemory=\([0-9]*\).*/\1 \2 \3/p')
+[[ -n ${memory:-} ]] || fail "slurmd -C gave no node: $(slurmd -C)"
+read -r controller_port node_port < <("$python" -c 'import socket
+sockets = [socket.socket() for _ in range(2)]
+for s in sockets:
+    s.bind(("127.0.0.1", 0))
+print(*(s.getsockname()[1] for s in sockets))')
+cat >"$dir/slurm.conf" <<EOF
+ClusterName=campaign-test
+SlurmctldHost=$node(127.0.0.1)
+SlurmctldPort=$controller_port
+SlurmdPort=$node_port
+SlurmUser=root
+SlurmdUser=root
+AuthType=auth/munge
+CredType=cred/munge
+AuthInfo=socket=$dir/munge/munge.socket
+StateSaveLocation=$dir/state
+SlurmdSpoolDir=$dir/spool
+SlurmctldPidFile=$dir/slurmctld.pid
+SlurmdPidFile=$dir/slurmd.pid
+SlurmctldLogFile=$dir/log/slurmctld.log
+SlurmdLogFile=$dir/log/slurmd.log
+ProctrackType=proctrack/linuxproc
+TaskPlugin=task/none
+AccountingStorageType=accounting_storage/none
+JobAcctGatherType=jobacct_gather/none
+JobCompType=jobcomp/none
+MpiDefault=none
+SwitchType=switch/none
+SchedulerType=sched/backfill
+SelectType=select/cons_tres
+SelectTypeParameters=CR_Core_Memory
+ReturnToService=2
+MinJobAge=600
+NodeName=$node NodeAddr=127.0.0.1 CPUs=$cpus RealMemory=$memory State=UNKNOWN
+PartitionName=campaign Nodes=$node Default=YES MaxTime=INFINITE State=UP
+EOF
+export SLURM_CONF=$dir/slurm.conf
+
+setpriv --reuid=munge --regid=munge --init-groups munged --foreground \
+  --key-file="$dir/munge-key/munge.key" --socket="$dir/munge/munge.socket" \
+  --pid-file="$dir/munge/munged.pid" --seed-file="$dir/munge/munged.seed" \
+  --log-file="$dir/log/munged.log" >"$dir/log/munged.out" 2>&1 &
+munged_pid=$!
+for ((tick = 0; tick < 100; tick++)); do
+  [[ -S $dir/munge/munge.socket ]] && break
+  kill -0 "$munged_pid" 2>/dev/null || { cat "$dir/log/munged.out"; fail "munged ended"; }
+  sleep 0.1
+done
+[[ -S $dir/munge/munge.socket ]] || fail "munged made no socket in 10 s"
+slurmctld -D -i >"$dir/log/slurmctld.out" 2>&1 &
+slurmctld_pid=$!
+slurmd -D >"$dir/log/slurmd.out" 2>&1 &
+slurmd_pid=$!
+state=
+for ((tick = 0; tick < 300; tick++)); do
+  state=$(sinfo --noheader --format=%T 2>/dev/null || true)
+  [[ $state != idle ]] || break
+  sleep 0.1
+done
+[[ $state == idle ]] || {
+  tail -n 20 "$dir"/log/*
+  fail "the node is not idle after 30 s (sinfo: ${state:-nothing})"
+}
+echo "a one-node Slurm cluster on 127.0.0.1 after $(awk -v s="$started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.1f", n - s }') s"
+
+cd "$dir"
+"$python" "$workflow/make_campaign.py" crystals 200 --seed 23 --expected expected.csv
+# The test's settings: the built program and 25 crystals a batch (8 batch jobs).
+settings=(site_energies="$program" crystals_per_job=25)
+
+# The local run gives the expected table too.
+snakemake --snakefile "$workflow/Snakefile" --profile "$workflow/profiles/local" --cores 2 \
+  --config "${settings[@]}" results=local >local.log 2>&1 || { cat local.log; fail "the local run failed"; }
+diff expected.csv local/crystals.csv || fail "the local run's table differs from the expected one"
+
+# Submission to completion of each batch job, as Snakemake saw them in LOG (to the second).
+job_times() {
+  "$python" - "$1" <<'EOF'
+import re, sys
+from datetime import datetime
+submitted, took, stamp, batch_rule = {}, [], None, False
+for line in open(sys.argv[1]):
+    line = line.strip()
+    if re.fullmatch(r"\[.*\]", line):
+        stamp = datetime.strptime(line[1:-1], "%a %b %d %H:%M:%S %Y")
+    elif line.startswith(("rule ", "localrule ")):
+        batch_rule = line == "rule batch:"
+    elif batch_rule and line.startswith("jobid: "):
+        submitted[line.split()[1]] = stamp
+    elif line.startswith("Finished job ") and line[13:-1] in submitted:
+        took.append((stamp - submitted[line[13:-1]]).total_seconds())
+if took:
+    print("%d jobs, %.0f s on average, %.0f s at most"
+          % (len(took), sum(took) / len(took), max(took)))
+EOF
+}
+
+# The campaign through PROFILE (as doc/workflow.md gives it, with the test's settings), into
+# RESULTS, with USER unset as in a cron job.
+campaign() {
+  local profile=$1 results=$2
+  shift 2
+  env -u USER snakemake --snakefile "$workflow/Snakefile" --profile "$workflow/profiles/$profile" \
+    --config "${settings[@]}" results="$results" "$@"
+}
+
+for profile in slurm slurm-sbatch; do
+  results=results-$profile
+  mkdir "$profile"
+  cd "$profile"
+  cp -r ../crystals .
+  # 1. Cancelled mid-campaign: one running batch job, cancelled once, fails the campaign.
+  run_started=$(date +%s.%N)
+  "$python" -c 'import os, sys
+os.setsid()
+os.execvp(sys.argv[1], sys.argv[1:])' env -u USER snakemake --snakefile "$workflow/Snakefile" \
+    --profile "$workflow/profiles/$profile" --config "${settings[@]}" results="$results" \
+    >cancelled.log 2>&1 &
+  campaign_pid=$!
+  cancelled=
+  for ((tick = 0; tick < 600; tick++)); do
+    for job in $(squeue --noheader --states=RUNNING --format=%i); do
+      scancel "$job"
+      for ((wait_tick = 0; wait_tick < 50; wait_tick++)); do
+        job_state=$(scontrol --oneliner show job "$job" | grep -o 'JobState=[A-Z_]*')
+        [[ $job_state == JobState=COMPLETING || $job_state == JobState=RUNNING ]] || break
+        sleep 0.1
+      done
+      # A job that ended just before scancel reached it is not the one.
+      if [[ $job_state == JobState=CANCELLED ]]; then
+        cancelled=$job
+        break
+      fi
+    done
+    [[ -z $cancelled ]] || break
+    sleep 0.1
+  done
+  [[ -n $cancelled ]] || fail "$profile: no running batch job was cancelled within 60 s"
+  status=0
+  wait "$campaign_pid" || status=$?
+  campaign_pid=
+  ((status != 0)) || { cat cancelled.log; fail "$profile: the campaign succeeded with job $cancelled cancelled"; }
+  [[ ! -e $results/crystals.csv ]] || fail "$profile: a table despite job $cancelled cancelled"
+  grep -Eq "SLURM-job '$cancelled' failed|external: $cancelled," cancelled.log || { cat cancelled.log; fail "$profile: job $cancelled not in the log"; }
+  batches=$(ls "$results/batches" | grep -c '^[0-9]*\.csv$' || true)
+  ((batches == 7)) || fail "$profile: $batches batches done besides the cancelled one, not 7"
+  first=$(awk -v s="$run_started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.0f", n - s }')
+
+  # 2. The same command redoes the cancelled batch alone and gives the expected table.
+  run_started=$(date +%s.%N)
+  campaign "$profile" "$results" >completed.log 2>&1 || { cat completed.log; fail "$profile: not completed"; }
+  second=$(awk -v s="$run_started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.0f", n - s }')
+  redone=$(grep -c '^rule batch:' completed.log || true)
+  ((redone == 1)) || fail "$profile: $redone batches redone after job $cancelled was cancelled, not 1"
+  diff ../expected.csv "$results/crystals.csv" || fail "$profile: the table differs from the expected one"
+
+  # The batches ran as Slurm jobs: one log each, where each profile puts them.
+  case $profile in
+    slurm) logs=(.snakemake/slurm_logs/rule_batch/*.log) ;;
+    slurm-sbatch) logs=(slurm-logs/batch-*.log) ;;
+  esac
+  ((${#logs[@]} == 9)) || fail "$profile: ${#logs[@]} Slurm job logs, not 8 jobs and the redone one"
+  echo "$profile: job $cancelled cancelled, the campaign failed after $first s; the same command redid it in $second s; the table is the expected one"
+  echo "$profile: submission to completion: $(job_times cancelled.log) (while 2 run at once on 2 CPUs), then $(job_times completed.log)"
+  cd "$dir"
+done
+echo "the whole test: $(awk -v s="$started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.0f", n - s }') s"
