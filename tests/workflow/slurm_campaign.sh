@@ -111,6 +111,7 @@ ReturnToService=2
 MinJobAge=600
 NodeName=$node NodeAddr=127.0.0.1 CPUs=$cpus RealMemory=$memory State=UNKNOWN
 PartitionName=campaign Nodes=$node Default=YES MaxTime=INFINITE State=UP
+PartitionName=chemistry Nodes=$node Default=NO MaxTime=INFINITE State=UP
 EOF
 export SLURM_CONF=$dir/slurm.conf
 
@@ -143,8 +144,10 @@ echo "a one-node Slurm cluster on 127.0.0.1 after $(awk -v s="$started" -v n="$(
 
 cd "$dir"
 "$python" "$workflow/make_campaign.py" crystals 200 --seed 23 --expected expected.csv
-# The test's settings: the built program and 25 crystals a batch (8 batch jobs).
+# The test's settings: the built program and 25 crystals a batch (8 batch jobs); on Slurm, the
+# partition that is not the cluster's default, which every job must then be in.
 settings=(site_energies="$program" crystals_per_job=25)
+slurm_settings=("${settings[@]}" slurm_partition=chemistry)
 
 # The local run gives the expected table too.
 snakemake --snakefile "$workflow/Snakefile" --profile "$workflow/profiles/local" --cores 2 \
@@ -179,9 +182,24 @@ campaign() {
   local profile=$1 results=$2
   shift 2
   env -u USER snakemake --snakefile "$workflow/Snakefile" --profile "$workflow/profiles/$profile" \
-    --config "${settings[@]}" results="$results" "$@"
+    --config "${slurm_settings[@]}" results="$results" "$@"
 }
 
+# The same, in the background, in a session of its own (as a terminal's foreground job is in a
+# process group of its own) and heeding SIGINT (which bash ignores in background jobs), writing
+# LOG; its process id in campaign_pid.
+start_campaign() {
+  local profile=$1 results=$2 log=$3
+  "$python" -c 'import os, signal, sys
+os.setsid()
+signal.signal(signal.SIGINT, signal.SIG_DFL)
+os.execvp(sys.argv[1], sys.argv[1:])' env -u USER snakemake --snakefile "$workflow/Snakefile" \
+    --profile "$workflow/profiles/$profile" --config "${slurm_settings[@]}" results="$results" \
+    >"$log" 2>&1 &
+  campaign_pid=$!
+}
+
+profiles_done=0
 for profile in slurm slurm-sbatch; do
   results=results-$profile
   mkdir "$profile"
@@ -189,12 +207,7 @@ for profile in slurm slurm-sbatch; do
   cp -r ../crystals .
   # 1. Cancelled mid-campaign: one running batch job, cancelled once, fails the campaign.
   run_started=$(date +%s.%N)
-  "$python" -c 'import os, sys
-os.setsid()
-os.execvp(sys.argv[1], sys.argv[1:])' env -u USER snakemake --snakefile "$workflow/Snakefile" \
-    --profile "$workflow/profiles/$profile" --config "${settings[@]}" results="$results" \
-    >cancelled.log 2>&1 &
-  campaign_pid=$!
+  start_campaign "$profile" "$results" cancelled.log
   cancelled=
   for ((tick = 0; tick < 600; tick++)); do
     for job in $(squeue --noheader --states=RUNNING --format=%i); do
@@ -238,8 +251,47 @@ os.execvp(sys.argv[1], sys.argv[1:])' env -u USER snakemake --snakefile "$workfl
     slurm-sbatch) logs=(slurm-logs/batch-*.log) ;;
   esac
   ((${#logs[@]} == 9)) || fail "$profile: ${#logs[@]} Slurm job logs, not 8 jobs and the redone one"
+  # Slurm knows every job of the test (MinJobAge), 9 a profile, each in the partition given.
+  jobs=$(scontrol --oneliner show job)
+  submitted=$(grep -c '^JobId=' <<<"$jobs" || true)
+  ((submitted == 9 * ++profiles_done)) || fail "$profile: Slurm knows $submitted jobs, not $((9 * profiles_done))"
+  elsewhere=$(grep -v ' Partition=chemistry ' <<<"$jobs" | grep -c '^JobId=' || true)
+  ((elsewhere == 0)) || fail "$profile: $elsewhere jobs outside the partition chemistry"
   echo "$profile: job $cancelled cancelled, the campaign failed after $first s; the same command redid it in $second s; the table is the expected one"
   echo "$profile: submission to completion: $(job_times cancelled.log) (while 2 run at once on 2 CPUs), then $(job_times completed.log)"
   cd "$dir"
+done
+
+# 3. Ctrl-C while batch jobs run: Snakemake ends and cancels its jobs, queued or running (some
+# may complete before the cancel reaches them; without it, every one would).
+for profile in slurm slurm-sbatch; do
+  cd "$dir/$profile"
+  start_campaign "$profile" results-interrupted interrupted.log
+  for ((tick = 0; tick < 600; tick++)); do
+    [[ -z $(squeue --noheader --states=RUNNING) ]] || break
+    sleep 0.1
+  done
+  [[ -n $(squeue --noheader --states=RUNNING) ]] || fail "$profile: no batch job running within 60 s"
+  queued=$(squeue --noheader --format=%i)
+  kill -INT -- "-$campaign_pid"
+  for ((tick = 0; tick < 600; tick++)); do
+    kill -0 "$campaign_pid" 2>/dev/null || break
+    sleep 0.1
+  done
+  kill -0 "$campaign_pid" 2>/dev/null && fail "$profile: Snakemake still runs 60 s after Ctrl-C"
+  wait "$campaign_pid" || true
+  campaign_pid=
+  for ((tick = 0; tick < 100; tick++)); do
+    left=$(squeue --noheader --format=%i)
+    [[ -n $left ]] || break
+    sleep 0.1
+  done
+  [[ -z $left ]] || { cat interrupted.log; fail "$profile: jobs $left still queued or running 10 s after Ctrl-C"; }
+  cancelled=0
+  for job in $queued; do
+    scontrol --oneliner show job "$job" | grep -q 'JobState=CANCELLED' && ((++cancelled))
+  done
+  ((cancelled > 0)) || { cat interrupted.log; fail "$profile: Ctrl-C cancelled none of the jobs" $queued; }
+  echo "$profile: Ctrl-C cancelled $cancelled of the $(wc -w <<<"$queued") jobs queued or running"
 done
 echo "the whole test: $(awk -v s="$started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.0f", n - s }') s"
