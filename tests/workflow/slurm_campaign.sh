@@ -272,6 +272,8 @@ for profile in slurm slurm-sbatch; do
     sleep 0.1
   done
   [[ -n $(squeue --noheader --states=RUNNING) ]] || fail "$profile: no batch job running within 60 s"
+  # Snakemake is then asking Slurm about its jobs, one a second.
+  sleep 2
   queued=$(squeue --noheader --format=%i)
   kill -INT -- "-$campaign_pid"
   for ((tick = 0; tick < 600; tick++)); do
