@@ -28,7 +28,11 @@ dir=$(mktemp -d "${TMPDIR:-/tmp}/slurm_campaign_test.XXXXXX")
 # munged, as user munge, must reach its socket inside.
 chmod 755 "$dir"
 munged_pid= slurmctld_pid= slurmd_pid= campaign_pid=
-started=$(date +%s.%N)
+started=$EPOCHREALTIME
+# Seconds since START (an $EPOCHREALTIME), with DIGITS decimals (none unless given).
+seconds_since() {
+  awk -v s="$1" -v n="$EPOCHREALTIME" -v d="${2:-0}" 'BEGIN { printf "%." d "f", n - s }'
+}
 # Stops a daemon by its process id: SIGTERM, then SIGKILL after 10 s.
 stop() {
   local pid=$1
@@ -140,7 +144,7 @@ done
   tail -n 20 "$dir"/log/*
   fail "the node is not idle after 30 s (sinfo: ${state:-nothing})"
 }
-echo "a one-node Slurm cluster on 127.0.0.1 after $(awk -v s="$started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.1f", n - s }') s"
+echo "a one-node Slurm cluster on 127.0.0.1 after $(seconds_since "$started" 1) s"
 
 cd "$dir"
 "$python" "$workflow/make_campaign.py" crystals 200 --seed 23 --expected expected.csv
@@ -177,25 +181,27 @@ EOF
 }
 
 # The campaign through PROFILE (as doc/workflow.md gives it, with the test's settings), into
-# RESULTS, with USER unset as in a cron job.
+# RESULTS, with USER unset as in a cron job: the command, in the array campaign_args.
+campaign_command() {
+  campaign_args=(env -u USER snakemake --snakefile "$workflow/Snakefile"
+    --profile "$workflow/profiles/$1" --config "${slurm_settings[@]}" results="$2")
+}
+
+# Runs the campaign through PROFILE into RESULTS.
 campaign() {
-  local profile=$1 results=$2
-  shift 2
-  env -u USER snakemake --snakefile "$workflow/Snakefile" --profile "$workflow/profiles/$profile" \
-    --config "${slurm_settings[@]}" results="$results" "$@"
+  campaign_command "$1" "$2"
+  "${campaign_args[@]}"
 }
 
 # The same, in the background, in a session of its own (as a terminal's foreground job is in a
 # process group of its own) and heeding SIGINT (which bash ignores in background jobs), writing
 # LOG; its process id in campaign_pid.
 start_campaign() {
-  local profile=$1 results=$2 log=$3
+  campaign_command "$1" "$2"
   "$python" -c 'import os, signal, sys
 os.setsid()
 signal.signal(signal.SIGINT, signal.SIG_DFL)
-os.execvp(sys.argv[1], sys.argv[1:])' env -u USER snakemake --snakefile "$workflow/Snakefile" \
-    --profile "$workflow/profiles/$profile" --config "${slurm_settings[@]}" results="$results" \
-    >"$log" 2>&1 &
+os.execvp(sys.argv[1], sys.argv[1:])' "${campaign_args[@]}" >"$3" 2>&1 &
   campaign_pid=$!
 }
 
@@ -206,7 +212,7 @@ for profile in slurm slurm-sbatch; do
   cd "$profile"
   cp -r ../crystals .
   # 1. Cancelled mid-campaign: one running batch job, cancelled once, fails the campaign.
-  run_started=$(date +%s.%N)
+  run_started=$EPOCHREALTIME
   start_campaign "$profile" "$results" cancelled.log
   cancelled=
   for ((tick = 0; tick < 600; tick++)); do
@@ -235,12 +241,12 @@ for profile in slurm slurm-sbatch; do
   grep -Eq "SLURM-job '$cancelled' failed|external: $cancelled," cancelled.log || { cat cancelled.log; fail "$profile: job $cancelled not in the log"; }
   batches=$(ls "$results/batches" | grep -c '^[0-9]*\.csv$' || true)
   ((batches == 7)) || fail "$profile: $batches batches done besides the cancelled one, not 7"
-  first=$(awk -v s="$run_started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.0f", n - s }')
+  first=$(seconds_since "$run_started")
 
   # 2. The same command redoes the cancelled batch alone and gives the expected table.
-  run_started=$(date +%s.%N)
+  run_started=$EPOCHREALTIME
   campaign "$profile" "$results" >completed.log 2>&1 || { cat completed.log; fail "$profile: not completed"; }
-  second=$(awk -v s="$run_started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.0f", n - s }')
+  second=$(seconds_since "$run_started")
   redone=$(grep -c '^rule batch:' completed.log || true)
   ((redone == 1)) || fail "$profile: $redone batches redone after job $cancelled was cancelled, not 1"
   diff ../expected.csv "$results/crystals.csv" || fail "$profile: the table differs from the expected one"
@@ -296,4 +302,4 @@ for profile in slurm slurm-sbatch; do
   ((cancelled > 0)) || { cat interrupted.log; fail "$profile: Ctrl-C cancelled none of the jobs" $queued; }
   echo "$profile: Ctrl-C cancelled $cancelled of the $(wc -w <<<"$queued") jobs queued or running"
 done
-echo "the whole test: $(awk -v s="$started" -v n="$(date +%s.%N)" 'BEGIN { printf "%.0f", n - s }') s"
+echo "the whole test: $(seconds_since "$started") s"
