@@ -65,7 +65,9 @@ TEST(RealOutputs, AreReadAndClassified) {
                                                         : "");
     // Every "SCF Done" line counted, whatever the file's size; the final energy of the other
     // engines, of the level the output names; the highest level of the correlated Gaussian ones.
-    EXPECT_EQ(row.summary.scf_count, std::stoi(cells.at(6)));
+    if (cells.at(1) == "Gaussian") {
+      EXPECT_EQ(row.summary.scf_count, std::stoi(cells.at(6)));
+    }
     if (finals.count(cells.at(0)) != 0) {
       const FinalEnergyLine& f = row.summary.final_energy;
       EXPECT_EQ(f.level, finals.at(cells.at(0)).first);

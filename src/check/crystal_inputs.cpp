@@ -29,7 +29,12 @@ void fill_file_row(const LogScan& scan, FileRow& row) {
   } else {
     row.summary = summarize_log(scan.head, scan.tail, false);
   }
-  if (scan.markers_counted) row.summary.scf_count = static_cast<int>(scan.marker_count);
+  // The "SCF Done" lines are Gaussian's SCF energies, and what the job reads of any output; the
+  // other engines count their own.
+  const Engine engine = row.summary.engine;
+  if (scan.markers_counted && (engine == Engine::gaussian || engine == Engine::unknown)) {
+    row.summary.scf_count = static_cast<int>(scan.marker_count);
+  }
   if (scan.marker_found) {
     const SpEnerResult result = sp_ener_from_line(scan.energy_entry);
     row.energy = result.status;

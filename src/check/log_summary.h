@@ -1,10 +1,8 @@
 // What a check of a crystal's outputs needs to know of one quantum-chemistry output, taken from
-// the first and last bytes of its text: the engine that wrote it, how the run ended, and for
-// Gaussian the charge, multiplicity, atoms, formula, level of theory and kind of job, read
-// from the closing archive entry (the block from "1\1\" to "\\@" at the end of every finished
-// job, wrapped at 70 characters) where there is one, and from the head of the file (the route
-// section, the charge and multiplicity line, the atoms) where there is none. For the other
-// engines: recognition, termination and their own final-energy line.
+// the first and last bytes of its text: the engine that wrote it, how the run ended, the charge,
+// multiplicity, atoms, formula, level of theory and kind of job, whether its SCF converged, its
+// <S**2>, and the total energy of each level it prints. Each engine's text is read by its own
+// reader (engine_format.h); what is shared by all of them (names, method kinds) is here.
 #ifndef GET_INTER_ENER_LOG_SUMMARY_H
 #define GET_INTER_ENER_LOG_SUMMARY_H
 
@@ -25,10 +23,12 @@ const char* engine_name(Engine engine);
 //   Termination::none -> "none"
 const char* termination_name(Termination termination);
 
-// An energy that an output prints for one level of theory: "CCSD(T)" -75.0177604.
+// An energy that an output prints for one level of theory: "CCSD(T)" -75.0177604, and the line
+// that prints it, trimmed ("" for Gaussian's archive entry).
 struct LevelEnergy {
   std::string label;
   double hartree = 0.0;
+  std::string line;
 };
 
 // What Gaussian's closing archive entry states.
@@ -64,11 +64,9 @@ struct FinalEnergyLine {
   std::string level;  // "SCF", "DFT", "MP2", "CCSD(T)", ... as the engine names it, upper case
 };
 
-// The final energy that `text` of an output of ORCA, Q-Chem or NWChem prints: its last line of
-// a total energy ("FINAL SINGLE POINT ENERGY" for ORCA, named by the last level before it, as
-// "E(CCSD(T))" or "MP2 TOTAL ENERGY"; Q-Chem's "Total energy in the final basis set" (SCF) or
-// "<level> total energy ="; NWChem's "Total <level> energy" or "<level> total energy / hartree
-// ="). Not found for a text without one, and for any other engine.
+// The final energy that a block `text` of an output of `engine` prints, by that engine's reader
+// (EngineFormat::final_energy): not found for a block without one, for Gaussian (whose energies
+// are its archive entry's) and for an unknown engine.
 //
 //   " Total SCF energy =  -76.02\n          Total MP2 energy     -76.22\n" (NWChem)
 //   -> found, -76.22, level "MP2", line "Total MP2 energy     -76.22"
@@ -83,23 +81,38 @@ struct LogSummary {
   bool has_charge = false;    // charge and multiplicity are known
   int charge = 0;
   int multiplicity = 0;
-  int atom_count = 0;    // 0: unknown
-  std::string formula;   // Hill order, every count written; "" unknown
-  std::string method;    // "" unknown
-  std::string basis;     // "" unknown
-  std::string job_type;  // the archive's; "" unknown
-  std::string not_scf;   // the kind of method whose total energy is not the SCF energy, or ""
-  std::vector<LevelEnergy> levels;  // the archive's energies, then a TD job's total energy
-  // "SCF Done" lines of the whole text, counted by the reader (see read_file_row()); -1 when
-  // they were not counted.
+  int atom_count = 0;   // 0: unknown
+  std::string formula;  // Hill order, every count written; "" unknown
+  std::string method;   // "" unknown
+  std::string basis;    // "" unknown
+  // Gaussian: the archive's ("SP", "FOpt", "Freq"); the other engines: the kinds of job_kind()
+  // ("SP", "Opt", "Opt+Freq", ...); "" unknown
+  std::string job_type;
+  std::string not_scf;  // the kind of method whose total energy is not the SCF energy, or ""
+  // The total energy of each level the output prints, the last of each, in the order the levels
+  // first appear (Gaussian: the archive's, then a TD job's total energy).
+  std::vector<LevelEnergy> levels;
+  // Gaussian: the "SCF Done" lines of the whole text, counted by the reader (see
+  // read_file_row()); the other engines: their SCF totals in a text read whole. -1 when they
+  // were not counted.
   int scf_count = -1;
   bool optimisation = false;
   bool converged = false;  // an optimisation that found its stationary point
   bool scan = false;
   bool dynamics = false;
   bool frequency = false;
-  FinalEnergyLine final_energy;  // the other engines
+  bool excited_states = false;  // TD, CIS, EOM: excited states computed on top of the SCF
+  bool scf_failed = false;      // the engine says that its last SCF did not converge
+  bool has_s2 = false;          // the last <S**2> printed of the SCF (before any annihilation)
+  double s2 = 0.0;
+  FinalEnergyLine final_energy;  // the other engines: the total of the job's own level
 };
+
+// The kind of job as the check prints it for an engine without an archive entry: "SP", "Opt",
+// "Freq", "Scan", "ES" (excited states), "MD", joined by "+" ("Opt+Freq").
+//
+//   optimisation and frequency -> "Opt+Freq";   nothing -> "SP"
+std::string job_kind(const LogSummary& summary);
 
 // The summary of an output whose text begins with `head` and ends with `tail`. `whole_text`
 // says that `head` is the whole text (and `tail` its end, or all of it too); otherwise what runs
