@@ -73,10 +73,13 @@ TEST(LogSummary, AtomListCutByTheHeadIsUnknown) {
   head += " Charge = 0 Multiplicity = 1\n";
   for (int atom = 0; atom < 700; ++atom)
     head += atom % 2 == 0 ? " C  0. 0. 0.\n" : " H  0. 0. 1.\n";
-  const std::string cut = head + " O  0. 0.";  // the head ends inside the list
-  const LogSummary part = summarize_log(cut, "", false);
-  EXPECT_EQ(part.atom_count, 0);
-  EXPECT_EQ(part.formula, "");
+  // The head ends inside the list, inside a line of any shape: never a count of the part.
+  for (const char* rest : {" O  0. 0.", "  ", " 0.12", " C"}) {
+    const LogSummary part = summarize_log(head + rest, "", false);
+    EXPECT_EQ(part.atom_count, 0) << rest;
+    EXPECT_EQ(part.formula, "") << rest;
+  }
+  const std::string cut = head + " O  0. 0.";
   const LogSummary whole = summarize_log(cut, cut, true);
   EXPECT_EQ(whole.atom_count, 701);
   const LogSummary ended = summarize_log(head + "\n Variables:\n", "", false);

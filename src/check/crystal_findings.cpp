@@ -100,9 +100,10 @@ bool is_permutation_of_sites(const std::vector<int>& roots) {
 
 // The neighbour table's text against what the job reads of it. The job reads one number a
 // line, block after block, in file order; the site's own number that opens each block takes
-// no part in the tables, so a block out of place goes unnoticed by the job.
-void check_neighbor_text(const CrystalInputs& in, Findings& out) {
-  if (!in.neighbors_opened || in.neighbor_status != ListStatus::ok) return;
+// no part in the tables, so a block out of place goes unnoticed by the job. True when a finding
+// says that the table is misread.
+bool check_neighbor_text(const CrystalInputs& in, Findings& out) {
+  if (!in.neighbors_opened || in.neighbor_status != ListStatus::ok) return false;
   const NeighborTable& t = in.neighbors;
   bool misread = false;
   if (t.site_past_end > 0) {
@@ -154,7 +155,9 @@ void check_neighbor_text(const CrystalInputs& in, Findings& out) {
                         "reads them (is the last site's neighbour count below the neighbours "
                         "listed?)",
                         in.neighbor_unread_lines));
+    misread = true;
   }
+  return misread;
 }
 
 // Site tables that the run leaves in place beside the ones it writes.
@@ -282,6 +285,19 @@ void check_energy_line(const FileRow& row, Findings& out) {
   }
 }
 
+// An open-shell state whose <S**2> lies more than 10 % above S(S+1): another spin state mixed in.
+void check_spin(const FileRow& row, Findings& out) {
+  const LogSummary& s = row.summary;
+  if (!s.has_s2 || !s.has_charge || s.multiplicity < 2) return;
+  const double spin = (s.multiplicity - 1) / 2.0;
+  const double exact = spin * (spin + 1.0);
+  if (!(s.s2 > 1.1 * exact)) return;
+  out.add("spin-contamination", Severity::worth_knowing, row.site, row.file,
+          format_text("<S**2> is %.4f where S(S+1) is %.4f for multiplicity %d (%.0f %% above): "
+                      "other spin states are mixed into this state and its energy",
+                      s.s2, exact, s.multiplicity, 100.0 * (s.s2 - exact) / exact));
+}
+
 // The kind of run and how it ended: what the taken energy really is.
 void check_run(const FileRow& row, Findings& out) {
   const LogSummary& s = row.summary;
@@ -300,13 +316,25 @@ void check_run(const FileRow& row, Findings& out) {
     out.add("error-termination", Severity::wrong_number, row.site, row.file,
             "the run ended in an error: the last SCF energy it reached is taken");
   }
+  if (s.scf_failed) {
+    out.add("scf-not-converged", Severity::wrong_number, row.site, row.file,
+            std::string(engine_name(s.engine)) +
+                " says that its last SCF did not converge: its energy is not a converged one");
+  }
   if (!s.not_scf.empty()) {
-    std::string message = s.method + " (" + s.not_scf + "): get_inter_ener takes the SCF energy";
-    if (row.energy == SpEnerStatus::found) message += format_text(" %.10g", row.hartree);
+    std::string message = s.method + " (" + s.not_scf + "): ";
+    if (s.engine == Engine::gaussian) {
+      message += "get_inter_ener takes the SCF energy";
+      if (row.energy == SpEnerStatus::found) message += format_text(" %.10g", row.hartree);
+    } else {
+      message += "its SCF energy";
+    }
     message += ", not the method's total energy";
-    if (!s.levels.empty() && s.levels.back().label != "HF") {
-      message += format_text("; the output prints %s=%.10g", s.levels.back().label.c_str(),
-                             s.levels.back().hartree);
+    const LevelEnergy top = s.engine == Engine::gaussian || !s.final_energy.found
+                                ? (s.levels.empty() ? LevelEnergy{} : s.levels.back())
+                                : LevelEnergy{s.final_energy.level, s.final_energy.hartree, ""};
+    if (!top.label.empty() && top.label != "HF" && top.label != "SCF") {
+      message += format_text("; the output prints %s=%.10g", top.label.c_str(), top.hartree);
     }
     out.add("not-scf-energy", Severity::wrong_number, row.site, row.file, message);
   }
@@ -318,6 +346,7 @@ void check_run(const FileRow& row, Findings& out) {
                           s.multiplicity, electrons, s.formula.c_str(), s.charge));
     }
   }
+  check_spin(row, out);
   if (s.optimisation && !s.scan && !s.converged) {
     out.add("optimisation-not-converged", Severity::worth_knowing, row.site, row.file,
             "the optimisation did not reach its stationary point: the energy of its last step "
@@ -385,18 +414,26 @@ std::size_t most_common(const std::vector<std::string>& keys) {
   return best;
 }
 
-// Every file whose method or basis differs from the crystal's most common one.
+// Every file whose engine, method or basis differs from the crystal's most common one.
 void check_levels(const CrystalInputs& in, Findings& out) {
-  std::vector<std::string> methods, bases;
+  std::vector<std::string> engines, methods, bases;
   for (const FileRow& row : in.rows) {
+    const Engine engine = row.read == LogReadStatus::ok ? row.summary.engine : Engine::unknown;
+    engines.push_back(engine == Engine::unknown ? "" : engine_name(engine));
     methods.push_back(row.summary.method.empty() ? "" : method_key(row.summary.method));
     std::string basis = row.summary.basis;
     for (char& c : basis) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     bases.push_back(basis);
   }
+  const std::size_t engine = most_common(engines);
   const std::size_t method = most_common(methods), basis = most_common(bases);
   for (std::size_t i = 0; i < in.rows.size(); ++i) {
     const FileRow& row = in.rows[i];
+    if (!engines[i].empty() && engines[i] != engines[engine]) {
+      out.add("engine-mismatch", Severity::wrong_number, row.site, row.file,
+              "an output of " + engines[i] + " where most files are of " + engines[engine] +
+                  ": the total energies of different engines are not comparable");
+    }
     if (!methods[i].empty() && methods[i] != methods[method]) {
       out.add("method-mismatch", Severity::wrong_number, row.site, row.file,
               "method " + row.summary.method + " where most files use " + methods[method] +
@@ -434,8 +471,12 @@ void check_roles(const CrystalInputs& in, Findings& out) {
 
 // Every pair of sites that one lists as neighbours and the other does not: one finding per
 // pair however often it is listed, in time that grows with the pairs (n log n), not their
-// square. A site listed as its own neighbour is mutual with itself.
-void check_neighbors(const CrystalInputs& in, Findings& out) {
+// square. A site listed as its own neighbour is mutual with itself. A table of lists that are
+// one direction throughout (each pair once) is how some write it: worth knowing. One such pair
+// in a table whose other pairs are all mutual is what a neighbour count one above the numbers
+// listed leaves when the shifted blocks still parse: a wrong number.
+// `misread`: the table's text is already known to be misread, and the pairs say no more of it.
+void check_neighbors(const CrystalInputs& in, bool misread, Findings& out) {
   if (!in.neighbors_opened || in.neighbor_status != ListStatus::ok) return;
   const auto& lists = in.neighbors.neighbor_mol_id;
   std::vector<std::pair<int, int>> pairs;
@@ -444,8 +485,38 @@ void check_neighbors(const CrystalInputs& in, Findings& out) {
   }
   std::sort(pairs.begin(), pairs.end());
   pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+  std::vector<std::pair<int, int>> one_way;
+  bool some_mutual = false;
   for (const auto& [i, j] : pairs) {
-    if (std::binary_search(pairs.begin(), pairs.end(), std::make_pair(j, i))) continue;
+    const bool mutual = std::binary_search(pairs.begin(), pairs.end(), std::make_pair(j, i));
+    if (!mutual) one_way.emplace_back(i, j);
+    some_mutual |= mutual && i != j;
+  }
+  if (one_way.size() == 1 && some_mutual && !misread) {
+    const auto [i, j] = one_way[0];
+    const std::vector<int>& list = lists[static_cast<std::size_t>(i)];
+    // A count one above the numbers listed takes the next block's site number as its last
+    // neighbour.
+    const std::string cause =
+        j == i + 1 && list.back() == j
+            ? format_text(
+                  "site %d's neighbour count, %zu, is likely one above the neighbours "
+                  "listed: its last number, %d, is where the block of site %d begins, "
+                  "and every block after it is read shifted",
+                  i + 1, list.size(), j + 1, j + 1)
+            : format_text(
+                  "site %d's neighbour count likely runs over the neighbours listed, or "
+                  "site %d omits site %d: the tables hold this pair's differences in one "
+                  "direction only",
+                  i + 1, j + 1, i + 1);
+    out.add("neighbor-count-mismatch", Severity::wrong_number, i + 1, kNeighborFile,
+            format_text("site %d lists site %d as a neighbour, site %d does not list %d, while "
+                        "every other pair is mutual: ",
+                        i + 1, j + 1, j + 1, i + 1) +
+                cause);
+    return;
+  }
+  for (const auto& [i, j] : one_way) {
     out.add("neighbor-not-mutual", Severity::worth_knowing, i + 1, kNeighborFile,
             format_text("site %d lists site %d as a neighbour, site %d does not list %d", i + 1,
                         j + 1, j + 1, i + 1));
@@ -470,9 +541,10 @@ std::vector<Finding> check_crystal(const CrystalInputs& in) {
   Findings out;
   check_arguments(in, out);
   check_lists(in, out);
+  bool misread = false;
   if (in.batch_opened && in.batch_status == ListStatus::ok) {
     check_batch_text(in, out);
-    check_neighbor_text(in, out);
+    misread = check_neighbor_text(in, out);
     check_stale_tables(in, out);
   }
   for (const FileRow& row : in.rows) check_energy_line(row, out);
@@ -489,7 +561,7 @@ std::vector<Finding> check_crystal(const CrystalInputs& in) {
   }
   check_levels(in, out);
   check_roles(in, out);
-  check_neighbors(in, out);
+  check_neighbors(in, misread, out);
   std::stable_sort(out.list.begin(), out.list.end(),
                    [](const Finding& a, const Finding& b) { return a.severity < b.severity; });
   return out.list;

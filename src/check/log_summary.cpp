@@ -241,8 +241,10 @@ LogSummary summarize_log(std::string_view head, std::string_view tail, bool whol
     s.engine = format->engine;
     format->summarize(text, s);
   }
-  if (s.engine != Engine::gaussian && s.engine != Engine::unknown && s.job_type.empty()) {
-    s.job_type = job_kind(s);
+  if (s.engine != Engine::gaussian && s.engine != Engine::unknown) {
+    if (s.job_type.empty()) s.job_type = job_kind(s);
+    if (s.not_scf.empty()) s.not_scf = not_scf_kind(s.method, "");
+    if (s.not_scf.empty() && s.excited_states) s.not_scf = "excited states";
   }
   // Numbers far outside chemistry are corrupt text, not a charge and multiplicity.
   if (s.charge < -1000 || s.charge > 1000 || s.multiplicity < 1 || s.multiplicity > 1000) {

@@ -70,14 +70,23 @@ bool file_energy(const FileRow& row, const ReadingChoice& choice, FileEnergy& ou
       why = std::string("it holds no final-energy line of ") + engine_name(out.engine);
       return false;
     }
-    if (choice.level == EnergyLevel::scf && kScfLevels.count(f.level) == 0) {
-      why = "its final energy is the " + f.level +
-            " total and no SCF energy is read from it (--level final takes the " + f.level +
-            " one)";
-      return false;
-    }
     out.level = f.level;
     out.hartree = f.hartree;
+    if (choice.level == EnergyLevel::scf && kScfLevels.count(f.level) == 0) {
+      // The SCF total of a correlated job, printed before the job's own level.
+      const LevelEnergy* scf = nullptr;
+      for (const LevelEnergy& level : s.levels) {
+        if (kScfLevels.count(level.label) != 0) scf = &level;
+      }
+      if (scf == nullptr) {
+        why = "its final energy is the " + f.level +
+              " total and no SCF energy is read from it (--level final takes the " + f.level +
+              " one)";
+        return false;
+      }
+      out.level = scf->label;
+      out.hartree = scf->hartree;
+    }
   }
   if (!std::isfinite(out.hartree)) {
     why = "its energy is not a finite number";
