@@ -136,7 +136,6 @@ void summarize(const OutputText& text, LogSummary& s) {
     s.scan |= name == "scan";
     s.frequency |= name == "freq";
     s.dynamics |= name == "admp" || name == "bomd";
-    s.excited_states |= name == "td" || name == "tda" || name == "cis" || name == "eomccsd";
   }
   const std::string job = upper(s.job_type);
   s.optimisation |= contains(job, "OPT") || job == "FTS" || job == "PTS";

@@ -101,7 +101,7 @@ struct LogSummary {
   bool scan = false;
   bool dynamics = false;
   bool frequency = false;
-  bool excited_states = false;  // TD, CIS, EOM: excited states computed on top of the SCF
+  bool excited_states = false;  // TD, CIS, EOM on top of the SCF (Gaussian: see not_scf)
   bool scf_failed = false;      // the engine says that its last SCF did not converge
   bool has_s2 = false;          // the last <S**2> printed of the SCF (before any annihilation)
   double s2 = 0.0;
