@@ -114,7 +114,7 @@ InputDeck read_input_deck(std::string_view head) {
 //   "H1", 1.0 -> "H";   "Cl", 17.0 -> "Cl";   "CA", 6.0 -> "C";   "bqH", 0.0 -> ""
 std::string tag_element(std::string_view tag, double charge) {
   if (charge == 0.0 || lower(tag.substr(0, 2)) == "bq") return "";
-  const int z = static_cast<int>(std::lround(charge));
+  const int z = charge > 0 && charge < 200 ? static_cast<int>(std::lround(charge)) : 0;
   std::string one(tag.substr(0, 1)), two(tag.substr(0, 2));
   if (two.size() < 2 || !std::isalpha(static_cast<unsigned char>(two[1]))) two.clear();
   const int z_one = atomic_number(one), z_two = two.empty() ? 0 : atomic_number(two);
@@ -250,9 +250,10 @@ ScfHeader read_scf_header(const OutputText& t) {
   } else if (!stated_number(header, "open shells     =", open)) {
     return h;
   }
+  if (!(open >= 0 && open < 1e6)) return h;  // not a number of electrons
   h.has_charge = true;
   h.charge = static_cast<int>(std::clamp(charge, -1e9, 1e9));
-  h.multiplicity = static_cast<int>(std::clamp(open, 0.0, 1e9)) + 1;
+  h.multiplicity = static_cast<int>(open) + 1;
   return h;
 }
 
