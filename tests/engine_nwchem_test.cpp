@@ -142,9 +142,11 @@ TEST(EngineNwchem, StatementsOfEachModule) {
        0, 0, 0, "", "CCSD(T)", "", "SP", "CCSD(T)", -1},
       {"TDDFT: the ground state's total",
        kBanner + dft_header(0, 1, kB3lyp) + dft_energy +
+           "      <S2> =      0.7523 (Exact =     0.7500)\n"
            "                                NWChem TDDFT Module\n"
-           "     Excited state energy =    -74.882151041614\n",
-       0, 1, 0, "", "B3LYP", "", "ES", "DFT", -1},
+           "  Root   1         a              0.000479490 a.u.                0.0130 eV\n"
+           "  <S2> =   0.9633\n     Excited state energy =    -74.882151041614\n",
+       0, 1, 0, "", "B3LYP", "", "ES", "DFT", 0.7523},
       {"optimisation then frequencies, echoed",
        echo("task dft optimize\ntask dft freq\n") + kBanner + dft_header(0, 1, kB3lyp) +
            dft_energy + "      Optimization converged\n" + dft_energy + kEnd,

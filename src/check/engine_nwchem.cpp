@@ -403,9 +403,10 @@ void read_job_kinds(const OutputText& t, const InputDeck& deck, LogSummary& s) {
 }
 
 // The last <S**2> of the SCF: the DFT module's "<S2> =      0.7523 (Exact =     0.7500)", the
-// UHF's "S^2 =      0.7552" after its "Sz(Sz+1) =".
+// UHF's "S^2 =      0.7552" after its "Sz(Sz+1) =". A TDDFT job's roots print theirs without
+// the exact value ("<S2> =   0.9599"): those are the excited states'.
 void read_s2(const OutputText& t, LogSummary& s) {
-  const Place dft = last_place(t, "<S2> =");
+  const Place dft = last_place(t, "(Exact =");
   const Place uhf = last_place(t, " S^2 =");
   const Place& p = after(dft, uhf) ? dft : uhf;
   if (!p.found()) return;
