@@ -99,7 +99,10 @@ TEST(LogSummary, FinalEnergyOfTheHighestLevel) {
     const char* level;  // "" for none found
     double hartree;
   } cases[] = {
-      {Engine::orca, "E(MP2)  ...  -76.1\nMP2 TOTAL ENERGY:      -76.2 Eh\n", "MP2", -76.2},
+      {Engine::orca,
+       "E(MP2)  ...  -76.1\nMP2 TOTAL ENERGY:  -76.2 Eh\nFINAL SINGLE POINT ENERGY -76.2\n", "MP2",
+       -76.2},
+      {Engine::orca, "MP2 TOTAL ENERGY:      -76.2 Eh\n", "", 0.0},  // no final line: none
       {Engine::orca,
        "Total Energy  :  -76.0 Eh\nE(X)  :  -8.9 Eh\nFINAL SINGLE POINT ENERGY -76.0\n", "SCF",
        -76.0},
