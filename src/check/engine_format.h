@@ -61,12 +61,13 @@ const EngineFormat* format_of(Engine engine);
 //   "  Spin multiplicity:     2\n", "Spin multiplicity:" -> true, 2
 bool stated_number(std::string_view text, std::string_view label, double& value);
 
-// A finished job's level energies as an engine prints them, one line each, into
-// `summary.levels` (the last value of each label, in the order the labels first appear), and the
-// job's own level's as `summary.final_energy`: the level `job_level`, or when it has none, the
-// last one printed.
+// The job's own final energy among `summary.levels` (each level's last total, in the order the
+// levels first appear), into `summary.final_energy`: that of the level `job_level`, or, when the
+// output prints none of that level or the job's level is unknown (""), the last level printed
+// that is no spin-component-scaled variant printed beside its level (SCS-, SOS-) and no excited
+// state's total (TDDFT). Not found when there is no level.
 //
-//   {"SCF" -76.0, "MP2" -76.2, "SCS-MP2" -76.21}, "MP2" -> final MP2 -76.2
+//   {"SCF" -76.0, "MP2" -76.2, "SCS-MP2" -76.21}, "" -> MP2 -76.2
 void choose_final_energy(const std::string& job_level, LogSummary& summary);
 
 // Reads a charge and a multiplicity from `text` with the scanf format `format` (two %lld). A

@@ -358,27 +358,10 @@ std::string job_level(std::string_view text, const InputDeck& deck) {
   return "";
 }
 
-// The final energy among `s.levels` of the job's level `level`; when the job does not tell
-// it, the last level printed that is not a spin-component-scaled variant printed beside its
-// level ("Total SCS-MP2 energy" after "Total MP2 energy") nor a TDDFT excited state.
-void choose_final(std::string level, LogSummary& s) {
-  const bool printed = std::any_of(s.levels.begin(), s.levels.end(),
-                                   [&level](const LevelEnergy& l) { return l.label == level; });
-  if (!printed) {
-    level.clear();
-    for (const LevelEnergy& l : s.levels) {
-      if (!starts_with(l.label, "SCS-") && !starts_with(l.label, "SOS-") && l.label != "TDDFT") {
-        level = l.label;
-      }
-    }
-  }
-  choose_final_energy(level, s);
-}
-
 FinalEnergyLine final_energy(std::string_view block) {
   LogSummary s;
   read_levels(block, s.levels, nullptr);
-  choose_final(job_level(block, read_input_deck(block)), s);
+  choose_final_energy(job_level(block, read_input_deck(block)), s);
   return s.final_energy;
 }
 
@@ -423,7 +406,7 @@ void summarize(const OutputText& text, LogSummary& s) {
   read_levels(text.tail, s.levels, &scf_totals);
   if (s.levels.empty() && !text.whole) read_levels(text.head, s.levels, nullptr);
   const std::string level = job_level(text.tail, deck);
-  choose_final(level.empty() ? job_level(text.head, deck) : level, s);
+  choose_final_energy(level.empty() ? job_level(text.head, deck) : level, s);
   if (text.whole) s.scf_count = static_cast<int>(scf_totals.size());
 
   // Charge and multiplicity of the last SCF: the DFT module's or the SCF module's header,

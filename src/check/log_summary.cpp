@@ -141,7 +141,14 @@ void choose_final_energy(const std::string& job_level, LogSummary& s) {
   for (const LevelEnergy& level : s.levels) {
     if (level.label == job_level) chosen = &level;
   }
-  if (chosen == nullptr && !s.levels.empty()) chosen = &s.levels.back();
+  // The job's level unknown or not printed: the last level that is no scaled variant printed
+  // beside its level and no excited state's total.
+  for (std::size_t i = s.levels.size(); chosen == nullptr && i > 0; --i) {
+    const std::string& label = s.levels[i - 1].label;
+    if (!starts_with(label, "SCS-") && !starts_with(label, "SOS-") && label != "TDDFT") {
+      chosen = &s.levels[i - 1];
+    }
+  }
   if (chosen != nullptr) s.final_energy = {true, chosen->line, chosen->hartree, chosen->label};
 }
 
