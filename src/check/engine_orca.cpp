@@ -201,9 +201,9 @@ void read_state(const OutputText& t, const std::vector<std::string_view>& input,
     return;
   }
   for (const std::string_view line : input) {  // "* xyz 0 1", "*xyzfile 1 2 mol.xyz"
-    const std::string text(trim(line));
+    const std::string_view text = trim(line);
     if (text.empty() || text[0] != '*') continue;
-    const std::vector<std::string_view> w = words_of(text == "*" ? "" : text.substr(1));
+    const std::vector<std::string_view> w = words_of(text.substr(1));
     if (w.size() >= 3 && read_charge_pair((std::string(w[1]) + " " + std::string(w[2])).c_str(),
                                           "%lld %lld", s.charge, s.multiplicity)) {
       s.has_charge = true;
