@@ -81,4 +81,65 @@ TEST(RealOutputs, AreReadAndClassified) {
   EXPECT_EQ(rows.size(), 12u);
 }
 
+// The other engines' real outputs, each read as a whole crystal's file: what its manifest says
+// the output states (charge, multiplicity, atoms, the job's level and its final energy), and
+// the fields every output of those engines states (method, basis, a known job kind).
+TEST(RealOutputs, OtherEnginesStateWhatTheirManifestSays) {
+  const std::string dir = std::string(QC_LOGS_DIR) + "/other-engines";
+  const auto rows = manifest_rows(dir);
+  if (rows.empty()) GTEST_SKIP() << "no engine outputs at " << dir;
+  for (const std::vector<std::string>& cells : rows) {
+    SCOPED_TRACE(cells.at(0));
+    FileRow row;
+    row.file = dir + "/" + cells.at(0);
+    read_file_row(row);
+    const LogSummary& s = row.summary;
+    EXPECT_EQ(engine_name(s.engine), cells.at(1));
+    EXPECT_EQ(s.termination, Termination::normal);
+    EXPECT_TRUE(s.has_charge);
+    EXPECT_EQ(s.charge, std::stoi(cells.at(5)));
+    EXPECT_EQ(s.multiplicity, std::stoi(cells.at(6)));
+    EXPECT_EQ(s.atom_count, std::stoi(cells.at(7)));
+    EXPECT_NE(s.formula, "");
+    EXPECT_NE(s.method, "");
+    EXPECT_NE(s.basis, "");
+    EXPECT_EQ(s.final_energy.level == "DFT" ? "SCF" : s.final_energy.level,
+              cells.at(8) == "DFT" ? "SCF" : cells.at(8));
+    EXPECT_EQ(s.final_energy.hartree, std::stod(cells.at(9)));
+    EXPECT_EQ(s.optimisation, cells.at(3).find("optimisation") != std::string::npos);
+    EXPECT_EQ(s.converged, s.optimisation);
+    EXPECT_EQ(s.frequency, cells.at(3).find("frequencies") != std::string::npos);
+    EXPECT_EQ(s.has_s2, s.multiplicity > 1);
+  }
+  EXPECT_EQ(rows.size(), 11u);
+}
+
+// A site of real outputs of one engine whose anion column holds a copy of the neutral run: the
+// check finds the charge that does not fit, whatever the engine.
+TEST(RealOutputs, AnionColumnHoldingTheNeutralIsFound) {
+  const std::string dir = QC_LOGS_DIR;
+  if (manifest_rows(dir).empty()) GTEST_SKIP() << "no engine outputs at " << dir;
+  const char* sites[][2] = {
+      {"orca_5.0.0_rb3lyp-sp.log", "other-engines/orca_5.0.0_ub3lyp-cation-sp.log"},
+      {"qchem_5.4.1_b3lyp-sp.log", "other-engines/qchem_5.1_ub3lyp-cation-sp.log"},
+      {"nwchem_7.0.0_b3lyp-sp.log", "other-engines/nwchem_6.5_ub3lyp-cation-sp.log"},
+      {"gaussian_g09-D.01_rb3lyp-sp.log", "gaussian_g16-A.03_ub3lyp-cation-sp.log"}};
+  for (const auto& [neutral, cation] : sites) {
+    SCOPED_TRACE(neutral);
+    CrystalInputs in;
+    in.batch_opened = true;
+    in.sites.push_back({1, "n c n", {0, 1, 0}});
+    for (const char* name : {neutral, cation}) {
+      FileRow& row = in.rows.emplace_back();
+      row.file = dir + "/" + name;
+      read_file_row(row);
+    }
+    std::string codes;
+    for (const Finding& f : check_crystal(in)) {
+      if (f.severity == Severity::wrong_number) codes += f.code + " ";
+    }
+    EXPECT_EQ(codes, "charge-mismatch ");
+  }
+}
+
 }  // namespace

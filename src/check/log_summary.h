@@ -55,8 +55,8 @@ struct GaussianArchive {
 //   {HF -74.96, MP2 -75.00}
 bool read_gaussian_archive(std::string_view text, GaussianArchive& archive);
 
-// The final energy of a run of another engine: the total energy of the highest level the
-// output prints, the last total-energy line of its text, and the level it is of.
+// The final energy of a run of another engine: the total energy of the level the job asked
+// for, the line that prints it, and the level it is of.
 struct FinalEnergyLine {
   bool found = false;
   std::string line;  // the line, trimmed

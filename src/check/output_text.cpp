@@ -40,6 +40,15 @@ std::vector<std::string_view> lines_of(std::string_view text) {
   return lines;
 }
 
+bool next_line(std::string_view text, std::size_t& pos, std::string_view& line) {
+  if (pos >= text.size()) return false;
+  const std::size_t end = text.find('\n', pos);
+  line = text.substr(pos, end == npos ? npos : end - pos);
+  pos = end == npos ? text.size() : end + 1;
+  if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  return true;
+}
+
 std::string_view line_at(std::string_view text, std::size_t at) {
   const std::size_t begin = at == 0 ? npos : text.rfind('\n', at - 1);
   const std::size_t start = begin == npos ? 0 : begin + 1;

@@ -33,6 +33,13 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
 //   "a\r\nb" -> {"a", "b"}
 std::vector<std::string_view> lines_of(std::string_view text);
 
+// The line of `text` that begins at `pos`, without its line end, and `pos` moved to the next
+// line's start (text.size() after the last line). False when `pos` is at the end already. Walks
+// a text line by line without splitting the rest of it.
+//
+//   "a\r\nb", 0 -> true, "a", pos 3
+bool next_line(std::string_view text, std::size_t& pos, std::string_view& line);
+
 // The whole line of `text` that holds position `at`, without its line feed.
 std::string_view line_at(std::string_view text, std::size_t at);
 

@@ -13,7 +13,7 @@
 #include "driver.h"
 
 // Which total energy of an output is taken: the SCF (or DFT) one, for Gaussian the last
-// "SCF Done" line as get_inter_ener takes it; or that of the highest level the output prints.
+// "SCF Done" line as get_inter_ener takes it; or the final one: the job's own level's.
 enum class EnergyLevel { scf, final };
 
 // How a crystal is read: the engine every file must be of (unknown: each file's own, as the
