@@ -13,11 +13,11 @@ const std::string kBanner = "                  Welcome to Q-Chem\n";
 const std::string kDashes = "--------------------------------------------------------------\n";
 
 // The echo of a job whose $rem is `rem` and whose $molecule is `molecule` (water by default).
-std::string echo(const std::string& rem,
-                 const std::string& molecule = " 0 1\n O 0.0 0.0 0.1\n H 0.0 0.7 -0.4\n"
-                                               " H 0.0 -0.7 -0.4\n") {
-  return "User input:\n" + kDashes + "$molecule\n" + molecule + "$end\n\n$rem\n" + rem +
-         "$end\n" + kDashes;
+std::string echo(const std::string& rem, const std::string& molecule =
+                                             " 0 1\n O 0.0 0.0 0.1\n H 0.0 0.7 -0.4\n"
+                                             " H 0.0 -0.7 -0.4\n") {
+  return "User input:\n" + kDashes + "$molecule\n" + molecule + "$end\n\n$rem\n" + rem + "$end\n" +
+         kDashes;
 }
 
 const std::string kOrientation =
@@ -37,8 +37,10 @@ TEST(EngineQchem, StatementsAndLevels) {
     std::string text;
     const char* expect;  // charge mult atoms formula method basis job SCF final-level final
   } cases[] = {
-      {kBanner + echo(" method = b3lyp\n basis = sto-3g\n unrestricted = true\n", " -1 2\n O 0 0 0\n"
-                                                                                   " H 0 0 1\n") +
+      {kBanner +
+           echo(" method = b3lyp\n basis = sto-3g\n unrestricted = true\n",
+                " -1 2\n O 0 0 0\n"
+                " H 0 0 1\n") +
            "<S^2> =          0.769521616\n" + kScf + kEnd,
        "-1 2 2 HO B3LYP STO-3G SP 1 SCF -74.9643287668 s2 0.7695"},
       // The orientation table outranks the echo's atoms and the stated basis its keyword.
@@ -48,14 +50,17 @@ TEST(EngineQchem, StatementsAndLevels) {
       // Q-Chem 4's EXCHANGE and CORRELATION; cdman's MP2 total, not its correlation energy.
       {kBanner + echo("EXCHANGE hf\nCORRELATION mp2\nBASIS sto-3g\n") + kScf +
            " Total  MP2   correlation energy =                    -0.03795337 au\n"
-           "        MP2         total energy =                   -75.00228214 au\n" + kEnd,
+           "        MP2         total energy =                   -75.00228214 au\n" +
+           kEnd,
        "0 1 3 H2O MP2 STO-3G SP 1 MP2 -75.00228214"},
       {kBanner + echo("exchange b\ncorrelation lyp\njobtype freq\nbasis 6-31g*\n") + kScf + kEnd,
        "0 1 3 H2O B+LYP 6-31G* Freq 1 SCF -74.9643287668"},
       // ccman2 repeats the SCF total rounded: the SCF's own line counts.
       {kBanner + echo("method = mp3\nbasis = sto-3g\n") + kScf +
-           " SCF energy                 = -74.96432877\n MP2 energy                 = -75.00237871\n"
-           " MP3 correlation energy     =  -0.01050053\n MP3 energy                 = -75.01287923\n" +
+           " SCF energy                 = -74.96432877\n MP2 energy                 = "
+           "-75.00237871\n"
+           " MP3 correlation energy     =  -0.01050053\n MP3 energy                 = "
+           "-75.01287923\n" +
            kEnd,
        "0 1 3 H2O MP3 STO-3G SP 1 MP3 -75.01287923"},
       {kBanner + echo("method = mp4sdq\nbasis = sto-3g\n") + kScf +

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -25,13 +26,26 @@ inline int count_open_descriptors() {
   return open;
 }
 
-// A path in the temporary directory named after the running test, ending in `suffix`.
+// The paths handed out by test_file_path(), removed (folders with what they hold) when the test
+// program ends; a forked child that leaves by _exit leaves them to its parent.
+struct TestFiles {
+  std::vector<std::string> paths;
+  ~TestFiles() {
+    std::error_code ignored;
+    for (const std::string& path : paths) std::filesystem::remove_all(path, ignored);
+  }
+};
+
+// A path in the temporary directory named after the running test, ending in `suffix`; removed
+// when the test program ends.
 inline std::string test_file_path(const std::string& suffix) {
+  static TestFiles made;
   const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
   std::string id = std::string(test.test_suite_name()) + "." + test.name() + "." +
                    std::to_string(getpid()) + suffix;
   std::replace(id.begin(), id.end(), '/', '_');  // the parameter in a parameterised test's name
-  return testing::TempDir() + id;
+  made.paths.push_back(testing::TempDir() + id);
+  return made.paths.back();
 }
 
 inline std::string write_temp(const std::string& bytes, const std::string& suffix = ".log") {

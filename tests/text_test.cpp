@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <fstream>
 #include <functional>
 
@@ -86,6 +87,7 @@ TEST(CountLines, CountsLineFeedsAndCarriageReturns) {
     std::ofstream(path, std::ios::binary) << bytes;
     EXPECT_EQ(count_lines(path.c_str()), expected) << bytes;
   }
+  std::remove(path.c_str());
   EXPECT_EXIT(count_lines("no/such/file"), testing::ExitedWithCode(255), "");
 }
 

@@ -97,7 +97,8 @@ std::string rem_value(const JobInput& job, const char* keyword) {
 std::string job_method(const JobInput& job) {
   const std::string method = rem_value(job, "method");
   if (!method.empty()) return upper(method);
-  const std::string exchange = rem_value(job, "exchange"), correlation = rem_value(job, "correlation");
+  const std::string exchange = rem_value(job, "exchange"),
+                    correlation = rem_value(job, "correlation");
   if (exchange.empty()) return "";
   if (correlation.empty() || correlation == "none") return upper(exchange);
   if (exchange == "hf" && is_level_name(correlation)) return upper(correlation);
@@ -222,8 +223,8 @@ void read_job(const OutputText& t, const JobInput& job, LogSummary& s) {
   s.optimisation = type == "opt" || type == "ts" || s.scan;
   s.frequency = type == "freq";
   s.dynamics = type == "aimd" || type == "bomd";
-  for (const char* states : {"cis_n_roots", "ee_states", "ee_singlets", "ee_triplets",
-                             "sf_states", "ip_states", "ea_states", "dip_states", "dsf_states"}) {
+  for (const char* states : {"cis_n_roots", "ee_states", "ee_singlets", "ee_triplets", "sf_states",
+                             "ip_states", "ea_states", "dip_states", "dsf_states"}) {
     const std::string n = rem_value(job, states);
     s.excited_states |= !n.empty() && n != "0" && n != "false";
   }
