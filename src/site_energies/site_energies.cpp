@@ -31,7 +31,7 @@ void print_usage() {
       "\n"
       "  -b, --batch NAME     the batch job list of each crystal (default int_ener_files.dat)\n"
       "  -e, --engine ENGINE  auto (each file's own, the default), gaussian, orca, qchem, nwchem\n"
-      "  -l, --level LEVEL    scf (the SCF/DFT energy, the default) or final (the job's own level)\n"
+      "  -l, --level LEVEL    scf (the SCF/DFT energy, the default) or final (the job's level)\n"
       "  -f, --force          write despite wrong-number findings\n"
       "  -j, --json           one JSON document per crystal on standard output\n"
       "  -h, --help           this text\n"
