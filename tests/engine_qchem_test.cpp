@@ -53,7 +53,7 @@ TEST(EngineQchem, StatementsAndLevels) {
            "        MP2         total energy =                   -75.00228214 au\n" +
            kEnd,
        "0 1 3 H2O MP2 STO-3G SP 1 MP2 -75.00228214"},
-      {kBanner + echo("exchange b\ncorrelation lyp\njobtype freq\nbasis 6-31g*\n") + kScf + kEnd,
+      {kBanner + echo("exchange b\ncorrelation lyp\njob_type freq\nbasis 6-31g*\n") + kScf + kEnd,
        "0 1 3 H2O B+LYP 6-31G* Freq 1 SCF -74.9643287668"},
       // ccman2 repeats the SCF total rounded: the SCF's own line counts.
       {kBanner + echo("method = mp3\nbasis = sto-3g\n") + kScf +

@@ -103,6 +103,12 @@ void note_level(std::vector<LevelEnergy>& levels, const std::string& label, doub
 Termination last_ending(std::string_view tail, std::initializer_list<std::string_view> normal,
                         std::initializer_list<std::string_view> error);
 
+// A level of theory as an archive entry or a total-energy line names it, upper case: HF or a
+// correlated or composite level ("MP2", "CCSD(T)", "QCISD", "CBSQB3", "G4"); not the SCF.
+//
+//   "MP4SDQ" -> true;   "SCF" -> false;   "B3LYP" -> false
+bool is_level_label(std::string_view label);
+
 // A level of theory as the engines name it in their total-energy lines, in any letter case: the
 // SCF ("SCF", "DFT", "HF") or a correlated level ("MP2", "MBPT(2)", "RI-MP2", "CCSD(T)",
 // "QCISD", "SCS-MP2").

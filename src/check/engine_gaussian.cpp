@@ -78,15 +78,6 @@ void route_level(std::string_view route, std::string& method, std::string& basis
   }
 }
 
-bool is_level_label(std::string_view label) {
-  if (label == "HF") return true;
-  for (const char* p :
-       {"MP", "CC", "QCI", "CI", "BD", "CBS", "G1", "G2", "G3", "G4", "W1", "ONIOM"}) {
-    if (starts_with(label, p)) return true;
-  }
-  return false;
-}
-
 bool announces(std::string_view head) {
   return contains(head, "Entering Gaussian System") || contains(head, "Gaussian, Inc.");
 }

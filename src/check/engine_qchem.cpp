@@ -218,7 +218,8 @@ void read_state(const JobInput& job, LogSummary& s) {
 
 // The job's kinds from its JOBTYPE and the excited states it asks for.
 void read_job(const OutputText& t, const JobInput& job, LogSummary& s) {
-  const std::string type = rem_value(job, "jobtype");
+  std::string type = rem_value(job, "jobtype");
+  if (type.empty()) type = rem_value(job, "job_type");  // as some input generators write it
   s.scan = type == "pes_scan";
   s.optimisation = type == "opt" || type == "ts" || s.scan;
   s.frequency = type == "freq";

@@ -32,15 +32,6 @@ std::string kind_of_method(const std::string& m) {
   return "";
 }
 
-bool is_level_label(std::string_view label) {
-  if (label == "HF") return true;
-  for (const char* p :
-       {"MP", "CC", "QCI", "CI", "BD", "CBS", "G1", "G2", "G3", "G4", "W1", "ONIOM"}) {
-    if (starts_with(label, p)) return true;
-  }
-  return false;
-}
-
 const EngineFormat* const kFormats[] = {&kGaussianFormat, &kOrcaFormat, &kQchemFormat,
                                         &kNwchemFormat};
 
@@ -165,6 +156,15 @@ Termination last_ending(std::string_view tail, std::initializer_list<std::string
   const std::size_t normal_at = last(normal), error_at = last(error);
   if (error_at != npos && (normal_at == npos || error_at > normal_at)) return Termination::error;
   return normal_at != npos ? Termination::normal : Termination::none;
+}
+
+bool is_level_label(std::string_view label) {
+  if (label == "HF") return true;
+  for (const char* p :
+       {"MP", "CC", "QCI", "CI", "BD", "CBS", "G1", "G2", "G3", "G4", "W1", "ONIOM"}) {
+    if (starts_with(label, p)) return true;
+  }
+  return false;
 }
 
 bool is_level_name(std::string_view word) {
