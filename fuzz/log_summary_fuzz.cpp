@@ -1,6 +1,7 @@
 // Fuzzes the check's reading of an output's head and tail (engine, termination, route section,
-// charge line, atoms, the closing archive entry, the other engines' final-energy lines) on
-// arbitrary text: nothing read out of bounds (the sanitizers), given whole or as a tail alone.
+// charge line, atoms, the closing archive entry; every engine's statements and totals) on
+// arbitrary text: nothing read out of bounds (the sanitizers), given whole, as a head alone or
+// as a tail alone.
 #include <cstdint>
 #include <string_view>
 
@@ -9,6 +10,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   summarize_log(text, text, true);
+  summarize_log(text, {}, false);
   summarize_log({}, text, false);
   return 0;
 }
