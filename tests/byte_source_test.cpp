@@ -314,6 +314,25 @@ TEST(DecoderMemory, StreamsAboveTheLimitAreRefused) {
   EXPECT_EQ(scan_through_fifo(two_gib, 1, 40, true).error, needs("zstd", 2048));
 }
 
+// A zstd frame whose header declares a content size other than what its blocks hold is
+// damaged, even when its last block is empty, which libzstd lets by when the reader's buffer
+// is smaller than the declared content (1 MiB here).
+TEST(DecoderMemory, AZstdFrameHoldsWhatItDeclares) {
+  using namespace std::string_literals;
+  const std::string text = "head\n" + kEnergy + "\ntail\n";
+  const std::pair<std::string, std::string> cases[] = {
+      {zstd_declaring("\xa0\x00\x00\x10\x00"s, ""), "a frame declares 1048576 bytes and holds 0"},
+      {zstd_declaring("\x80\x50\x00\x00\x10\x00"s, ""),
+       "a frame declares 1048576 bytes and holds 0"},
+      {zstd_declaring("\x80\x50\x00\x00\x10\x00"s, text), "data corruption detected"},
+      {zstd_declaring("\x20\x03"s, text), "data corruption detected"},
+  };
+  for (const auto& [bytes, error] : cases) {
+    const LogScan scan = scan_file(write_temp(bytes, ".zst"));
+    EXPECT_EQ(scan.error, "zstd data is damaged: " + error);
+  }
+}
+
 // A dictionary or window within the limit that the system will not give (an address-space
 // limit leaves 64 MiB) is not enough memory. Not under AddressSanitizer, which reserves far
 // more address space than any such limit allows.

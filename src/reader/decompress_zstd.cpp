@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <string>
 
 #include "decompress.h"
 
@@ -14,13 +15,15 @@ namespace {
 // The longest frame header: magic 4, descriptor 1, window 1, dictionary id 4, content size 8.
 constexpr std::size_t kFrameHeaderMax = 18;
 
-// The library's state, and the first bytes of the frame being decoded, to tell what window
-// it declares when the library refuses it. libzstd returns 0 exactly where a frame ends, so
-// the bytes taken after that begin the next frame.
+// The library's state, the first bytes of the frame being decoded (to tell what window it
+// declares when the library refuses it, and what content size) and the bytes it has decoded
+// to so far. libzstd returns 0 exactly where a frame ends, so the bytes taken after that begin
+// the next frame.
 struct ZstdState {
   ZSTD_DStream* stream;
   unsigned char header[kFrameHeaderMax];
   std::size_t header_length;
+  std::uint64_t decoded;
 };
 
 ZstdState& state_of(void* state) { return *static_cast<ZstdState*>(state); }
@@ -95,9 +98,22 @@ DecodeStep step_zstd(void* state, DecodeBuffers& buffers, bool, std::string& rea
     return DecodeStep::damaged;
   }
   advance(buffers, in.pos, out.pos);
-  // 0: a frame is decoded and every byte of it handed out; the next bytes begin another.
-  if (status == 0) zstd.header_length = 0;
-  return status == 0 ? DecodeStep::stream_end : DecodeStep::more;
+  zstd.decoded += out.pos;
+  if (status != 0) return DecodeStep::more;
+  // 0: a frame is decoded and every byte of it handed out; the next bytes begin another. The
+  // library compares the frame's declared content size with what it decoded only when the
+  // caller's buffer holds the whole content, so the comparison is made here, for every size.
+  const unsigned long long declared = ZSTD_getFrameContentSize(zstd.header, zstd.header_length);
+  const std::uint64_t decoded = zstd.decoded;
+  zstd.header_length = 0;
+  zstd.decoded = 0;
+  if (declared != ZSTD_CONTENTSIZE_UNKNOWN && declared != ZSTD_CONTENTSIZE_ERROR &&
+      declared != decoded) {
+    reason = "a frame declares " + std::to_string(declared) + " bytes and holds " +
+             std::to_string(decoded);
+    return DecodeStep::damaged;
+  }
+  return DecodeStep::stream_end;
 }
 
 }  // namespace
