@@ -14,6 +14,10 @@ TEST(OutputText, LinesWordsAndNumbers) {
   EXPECT_EQ(last_line_with("E = 1\nE = 2\nF\n", "E ="), "E = 2");
   EXPECT_EQ(whole_lines("a\nb\nc"), "a\nb\n");
   EXPECT_EQ(whole_lines("abc"), "");
+  std::string_view line;
+  std::string got;
+  for (std::size_t pos = 0; next_line("ab\r\ncd\n\nef", pos, line);) got += std::string(line) + "|";
+  EXPECT_EQ(got, "ab|cd||ef|");
   const struct {
     const char* text;
     bool read;

@@ -53,7 +53,7 @@ struct Lines {
     if (pos != npos) ++pos;
   }
   bool next(std::string_view& line) {
-    const std::size_t end = pos >= text.size() ? npos : text.find('\n', pos);
+    const std::size_t end = text.find('\n', pos);  // none from npos or the end either
     if (end == npos) return false;
     line = text.substr(pos, end - pos);
     if (!line.empty() && line.back() == '\r') line.remove_suffix(1);

@@ -10,6 +10,7 @@ finding. Everything happens in a temporary folder, removed at the end.
 """
 import json
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -77,17 +78,10 @@ def run_nwchem(work):
     return time.monotonic() - started
 
 
-def final_energy(path, label):
-    """The last "Total DFT energy" (or SCF) line's value, as text."""
-    value = None
-    with open(path) as f:
-        for line in f:
-            words = line.split()
-            if words[:3] == ["Total", label, "energy"] and words[3] == "=":
-                value = words[4]
-    if value is None:
-        sys.exit("%s: no Total %s energy line" % (path, label))
-    return value
+def final_energy(path):
+    """The value of the last "Total DFT energy" line, as NWChem printed it."""
+    values = re.findall(r"^ *Total DFT energy = *(\S+) *$", open(path).read(), re.M)
+    return values[-1] if values else sys.exit("%s: no Total DFT energy line" % path)
 
 
 def build_crystal(work, name, site2):
@@ -128,7 +122,7 @@ def check(work):
     expect("clean crystal: status 0, written, no finding",
            status == 0 and doc["written"] and doc["findings"] == [], "status %d, %s" %
            (status, json.dumps(doc)[:1500]))
-    row = "".join("%20.6f " % (float(final_energy(os.path.join(folder, r + ".out"), "DFT")) *
+    row = "".join("%20.6f " % (float(final_energy(os.path.join(folder, r + ".out"))) *
                                HARTREE_TO_MEV) for r in ("anion", "cation", "neutral"))
     expected = ("2\n" + (row[:-1] + "\n") * 2 +
                 "#       U_cC (anion)        U_cC (cation)       U_nN (neutral)  in meV\n")
