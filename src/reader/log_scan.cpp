@@ -148,6 +148,18 @@ ReadAt read_at(int fd, char* out, std::size_t n, std::uint64_t offset, LogScan& 
   return ReadAt::done;
 }
 
+// The last tail_bytes of the text_size bytes that a forward reading of a plain file went
+// through, read again from the file (where the page cache still holds them): keeping them
+// from block after block copied half of every byte read. A file cut shorter meanwhile fails.
+void read_tail(int fd, const LogScanOptions& options, LogScan& result) {
+  const auto n =
+      static_cast<std::size_t>(std::min<std::uint64_t>(options.tail_bytes, result.text_size));
+  result.tail.resize(n);
+  if (read_at(fd, result.tail.data(), n, result.text_size - n, result) == ReadAt::ended) {
+    fail(result, "the file was cut short while it was read");
+  }
+}
+
 // The start of the line that holds the byte at `at`: just after the last newline before it,
 // however far back, or 0.
 ReadAt line_start(int fd, std::uint64_t at, std::vector<char>& buffer, std::uint64_t& start,
@@ -307,11 +319,14 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
       // A plain file smaller than a block is read into a buffer of its size: a small output's
       // buffer is not cleared for nothing (the check reads every output forward).
       LogScanOptions forward = options;
-      if (source.format == TextFormat::plain && S_ISREG(info.st_mode)) {
+      const bool plain_file = source.format == TextFormat::plain && S_ISREG(info.st_mode);
+      if (plain_file) {
         forward.block_bytes = static_cast<std::size_t>(
             std::clamp<off_t>(info.st_size + 1, 1, static_cast<off_t>(options.block_bytes)));
+        forward.tail_bytes = 0;  // read once at the end, below
       }
       scan_forward(source, forward, result);
+      if (plain_file && result.status == LogReadStatus::ok) read_tail(fd, options, result);
     }
   }
   close_byte_source(source);
