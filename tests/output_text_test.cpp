@@ -14,6 +14,11 @@ TEST(OutputText, LinesWordsAndNumbers) {
   EXPECT_EQ(last_line_with("E = 1\nE = 2\nF\n", "E ="), "E = 2");
   EXPECT_EQ(whole_lines("a\nb\nc"), "a\nb\n");
   EXPECT_EQ(whole_lines("abc"), "");
+  // The last whole match at or before a place; a first character alone is none.
+  for (const std::size_t before : {std::size_t{0}, std::size_t{4}, std::size_t{5}, npos}) {
+    EXPECT_EQ(find_last("E= 1 E= 2E", "E=", before), std::string("E= 1 E= 2E").rfind("E=", before));
+  }
+  EXPECT_EQ(find_last("EE", "EEE"), npos);
   std::string_view line;
   std::string got;
   for (std::size_t pos = 0; next_line("ab\r\ncd\n\nef", pos, line);) got += std::string(line) + "|";

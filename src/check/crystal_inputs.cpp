@@ -9,6 +9,7 @@
 
 #include "input_file.h"
 #include "mmutil/text.h"
+#include "output_text.h"
 #include "text_format.h"
 
 namespace {
@@ -64,7 +65,7 @@ void read_final_energy_further_back(const LogScan& scan, FileRow& row) {
     if (!s.final_energy.found) continue;
     // Read again so that the block ends with that line: a level named just before it, maybe
     // in the block before, is then in it.
-    const std::size_t line_end = block.find('\n', block.rfind(s.final_energy.line));
+    const std::size_t line_end = block.find('\n', find_last(block, s.final_energy.line));
     if (line_end == std::string::npos) return;
     if (read_lines_before(row.file.c_str(), begin + line_end + 1, kTailBytes, block, begin) ==
         LogReadStatus::ok) {

@@ -86,7 +86,7 @@ bool announces(std::string_view head) {
 // 0.7778 S= 0.5138"; the initial guess's is not the SCF's.
 void read_s2(std::string_view tail, LogSummary& s) {
   for (std::size_t at = tail.size(); at > 0;) {
-    const std::size_t found = tail.rfind("<S**2>=", at - 1);
+    const std::size_t found = find_last(tail, "<S**2>=", at - 1);
     if (found == npos) return;
     const std::string_view line = line_at(tail, found);
     at = found;
@@ -137,7 +137,7 @@ void summarize(const OutputText& text, LogSummary& s) {
       s.optimisation && (contains(tail, "Stationary point found") || job == "FOPT" || job == "FTS");
   s.not_scf = not_scf_kind(s.method, route);
   // A TD job prints the total energy of its state of interest outside the archive entry.
-  const std::size_t td = tail.rfind(kTdTotalEnergy);
+  const std::size_t td = find_last(tail, kTdTotalEnergy);
   if (td != npos) {
     const std::string_view line = line_at(tail, td);
     const std::size_t equals = line.find('=');
@@ -150,11 +150,12 @@ void summarize(const OutputText& text, LogSummary& s) {
   // the run takes unconverged. Either, after the last SCF but one, is the last SCF's.
   std::size_t failed = npos;
   for (const char* t : {"Convergence failure", ">>>>>>>>>> Convergence criterion not met"}) {
-    const std::size_t at = tail.rfind(t);
+    const std::size_t at = find_last(tail, t);
     if (at != npos && (failed == npos || at > failed)) failed = at;
   }
-  const std::size_t done = tail.rfind("SCF Done");
-  const std::size_t before = done == npos || done == 0 ? npos : tail.rfind("SCF Done", done - 1);
+  const std::size_t done = find_last(tail, "SCF Done");
+  const std::size_t before =
+      done == npos || done == 0 ? npos : find_last(tail, "SCF Done", done - 1);
   s.scf_failed = failed != npos && (before == npos || failed > before);
   read_s2(tail, s);
 }
@@ -167,7 +168,7 @@ const EngineFormat kGaussianFormat = {Engine::gaussian,          "Gaussian", ann
                                       "termination of Gaussian", summarize,  no_final_energy};
 
 bool read_gaussian_archive(std::string_view text, GaussianArchive& archive) {
-  const std::size_t begin = text.rfind("\n 1\\1\\");
+  const std::size_t begin = find_last(text, "\n 1\\1\\");
   if (begin == npos) return false;
   // The entry as the engine wrote it before wrapping: every line of it begins with one blank,
   // and the wrap may fall anywhere, inside the closing "\\@" too ("...]\\" then " @"). The

@@ -30,9 +30,9 @@ struct Place {
 };
 
 Place last_place(const OutputText& t, std::string_view marker) {
-  std::size_t at = t.tail.rfind(marker);
+  std::size_t at = find_last(t.tail, marker);
   if (at != npos) return {t.tail, at, true};
-  at = t.head.rfind(marker);
+  at = find_last(t.head, marker);
   return at != npos ? Place{t.head, at, false} : Place{};
 }
 
@@ -156,7 +156,7 @@ bool read_atoms(const OutputText& t, std::vector<std::string>& symbols) {
   constexpr std::string_view kHeading = "Geometry \"geometry\" ->";
   const std::size_t first = t.head.find(kHeading);
   if (first != npos && read_atom_table(t.head, first, symbols)) return true;
-  const std::size_t last = t.tail.rfind(kHeading);
+  const std::size_t last = find_last(t.tail, kHeading);
   return last != npos && read_atom_table(t.tail, last, symbols);
 }
 
@@ -221,7 +221,7 @@ ScfHeader read_scf_header(const OutputText& t) {
   for (const bool tail : {true, false}) {
     const std::string_view text = tail ? t.tail : t.head;
     for (std::size_t at = text.size(); at > 0 && !h.place.found();) {
-      at = text.rfind("wavefunction    = ", at - 1);
+      at = find_last(text, "wavefunction    = ", at - 1);
       if (at == npos) break;
       const std::vector<std::string_view> w = words_of(line_at(text, at));
       if (w.size() == 3 && (w[2] == "RHF" || w[2] == "ROHF" || w[2] == "UHF")) {
@@ -234,7 +234,7 @@ ScfHeader read_scf_header(const OutputText& t) {
   if (!h.place.found()) return h;
   // The header's lines before the wavefunction line, from its "ao basis" line on.
   const std::string_view text = h.place.text;
-  const std::size_t begin = text.rfind("ao basis        =", h.place.at);
+  const std::size_t begin = find_last(text, "ao basis        =", h.place.at);
   if (begin == npos || h.place.at - begin > 1000) return h;
   const std::string_view header = text.substr(begin, h.place.at - begin);
   double charge = 0, open = 0, alpha = 0, beta = 0;
@@ -350,7 +350,7 @@ std::string job_level(std::string_view text, const InputDeck& deck) {
     if (theory == "ccsd" || theory == "ccsd(t)" || theory == "ccsd+t(ccsd)") return upper(theory);
     if (theory == "tce") break;
   }
-  const std::size_t at = text.rfind(" level of theory ");
+  const std::size_t at = find_last(text, " level of theory ");
   if (at != npos) {
     const std::vector<std::string_view> w = words_of(line_at(text, at));
     if (w.size() == 4) return upper(w[3]);
@@ -442,7 +442,7 @@ void summarize(const OutputText& text, LogSummary& s) {
   read_job_kinds(text, deck, s);
   // "Calculation failed to converge" comes before the total energy of the SCF that failed:
   // after the last SCF total but one, it is the last SCF's.
-  const std::size_t failed = text.tail.rfind("Calculation failed to converge");
+  const std::size_t failed = find_last(text.tail, "Calculation failed to converge");
   const std::size_t before = scf_totals.size() < 2 ? npos : scf_totals[scf_totals.size() - 2];
   s.scf_failed = failed != npos && (before == npos || failed > before);
   read_s2(text, s);

@@ -215,7 +215,7 @@ void read_state(const OutputText& t, const std::vector<std::string_view>& input,
 void read_atoms(const OutputText& t, const std::vector<std::string_view>& input, LogSummary& s) {
   constexpr std::string_view kTable = "CARTESIAN COORDINATES (ANGSTROEM)";
   std::vector<std::string> symbols;
-  const std::size_t in_tail = t.tail.rfind(kTable), in_head = t.head.find(kTable);
+  const std::size_t in_tail = find_last(t.tail, kTable), in_head = t.head.find(kTable);
   if (!((in_tail != npos && read_coordinates(t.tail, in_tail, symbols)) ||
         (in_head != npos && read_coordinates(t.head, in_head, symbols)))) {
     symbols = input_atoms(input);
@@ -262,10 +262,10 @@ void summarize(const OutputText& text, LogSummary& s) {
   // CONVERGED AFTER n CYCLES".
   std::size_t failed = npos;
   for (const char* t : {"SCF NOT CONVERGED", "NOT FULLY CONVERGED"}) {
-    const std::size_t at = text.tail.rfind(t);
+    const std::size_t at = find_last(text.tail, t);
     if (at != npos && (failed == npos || at > failed)) failed = at;
   }
-  const std::size_t converged = text.tail.rfind("SCF CONVERGED AFTER");
+  const std::size_t converged = find_last(text.tail, "SCF CONVERGED AFTER");
   s.scf_failed = failed != npos && (converged == npos || failed > converged);
   const std::string_view s2 = last_line(text, "Expectation value of <S**2>");
   s.has_s2 = !s2.empty() && number_after(s2, s2.find(':') + 1, s.s2);

@@ -76,8 +76,8 @@ JobInput read_echo(std::string_view text, std::size_t at) {
 
 // The last job's input echoed in `text`, else not found.
 JobInput last_echo(std::string_view text) {
-  for (std::size_t at = text.rfind(kEcho); at != npos;
-       at = at == 0 ? npos : text.rfind(kEcho, at - 1)) {
+  for (std::size_t at = find_last(text, kEcho); at != npos;
+       at = at == 0 ? npos : find_last(text, kEcho, at - 1)) {
     if (at == 0 || text[at - 1] == '\n') {
       JobInput job = read_echo(text, at);
       if (job.found) return job;
@@ -191,7 +191,8 @@ std::vector<std::string> input_atoms(const std::vector<std::string_view>& molecu
 
 void read_atoms(const OutputText& t, const JobInput& job, LogSummary& s) {
   std::vector<std::string> symbols;
-  const std::size_t in_tail = t.tail.rfind(kOrientation), in_head = t.head.rfind(kOrientation);
+  const std::size_t in_tail = find_last(t.tail, kOrientation),
+                    in_head = find_last(t.head, kOrientation);
   if (!((in_tail != npos && read_orientation(t.tail, in_tail, symbols)) ||
         (in_head != npos && read_orientation(t.head, in_head, symbols)))) {
     const auto molecule = job.sections.find("$molecule");
@@ -237,10 +238,10 @@ void read_job(const OutputText& t, const JobInput& job, LogSummary& s) {
 // Whether the last SCF failed: "SCF failed to converge" or "Convergence failure" after the last
 // "Convergence criterion met" of an SCF's iterations.
 bool scf_failed(std::string_view tail) {
-  std::size_t failed = tail.rfind("SCF failed to converge");
-  const std::size_t failure = tail.rfind("Convergence failure");
+  std::size_t failed = find_last(tail, "SCF failed to converge");
+  const std::size_t failure = find_last(tail, "Convergence failure");
   if (failure != npos && (failed == npos || failure > failed)) failed = failure;
-  const std::size_t met = tail.rfind("Convergence criterion met");
+  const std::size_t met = find_last(tail, "Convergence criterion met");
   return failed != npos && (met == npos || failed > met);
 }
 

@@ -148,7 +148,7 @@ Termination last_ending(std::string_view tail, std::initializer_list<std::string
   const auto last = [tail](std::initializer_list<std::string_view> texts) {
     std::size_t at = npos;
     for (const std::string_view t : texts) {
-      const std::size_t found = tail.rfind(t);
+      const std::size_t found = find_last(tail, t);
       if (found != npos && (at == npos || found > at)) at = found;
     }
     return at;

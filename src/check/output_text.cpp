@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 
 std::string upper(std::string_view text) {
   std::string s(text);
@@ -15,6 +16,20 @@ bool starts_with(std::string_view text, std::string_view prefix) {
 }
 
 bool contains(std::string_view text, std::string_view what) { return text.find(what) != npos; }
+
+std::size_t find_last(std::string_view text, std::string_view what, std::size_t before) {
+  if (what.size() > text.size()) return npos;
+  const std::size_t latest = std::min(before, text.size() - what.size());
+  if (what.empty()) return latest;
+  for (std::size_t end = latest + 1; end > 0;) {
+    const void* hit = memrchr(text.data(), what[0], end);
+    if (hit == nullptr) return npos;
+    const auto at = static_cast<std::size_t>(static_cast<const char*>(hit) - text.data());
+    if (text.compare(at, what.size(), what) == 0) return at;
+    end = at;
+  }
+  return npos;
+}
 
 std::string_view trim(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(" \t\r\n");
@@ -59,7 +74,7 @@ std::string_view line_at(std::string_view text, std::size_t at) {
 }
 
 std::string_view last_line_with(std::string_view text, std::string_view marker) {
-  const std::size_t at = text.rfind(marker);
+  const std::size_t at = find_last(text, marker);
   return at == npos ? std::string_view() : line_at(text, at);
 }
 
