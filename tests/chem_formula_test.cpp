@@ -12,7 +12,7 @@ TEST(ChemFormula, HillOrderAndElectrons) {
   EXPECT_EQ(hill_formula({"O", "H", "H"}), "H2O");          // no carbon: alphabetical
   EXPECT_EQ(formula_electrons("C18H12"), 120);
   EXPECT_EQ(formula_electrons("C2Q4"), -1);
-  EXPECT_EQ(formula_electrons("H2o"), -1);  // a symbol begins with a capital
+  EXPECT_EQ(formula_electrons("H2o"), -1);               // a symbol begins with a capital
   EXPECT_EQ(formula_electrons("Rn999999Xe999999"), -1);  // corrupt
   EXPECT_EQ(formula_electrons("H1000001"), -1);          // more than a million of one atom
   std::string most;  // the most electrons a formula may count: a hundred million

@@ -2,6 +2,8 @@
 #ifndef GET_INTER_ENER_ENGINE_CASES_H
 #define GET_INTER_ENER_ENGINE_CASES_H
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <string>
 
@@ -23,6 +25,18 @@ inline std::string summary_line(const LogSummary& s) {
   if (s.converged) text += " converged";
   if (s.scf_failed) text += " failed";
   return text;
+}
+
+// Checks the summary of the whole `text` (its engine, and summary_line()), and that a block
+// read further back gives the same final energy.
+inline void expect_summary(Engine engine, const std::string& text, const std::string& expect) {
+  SCOPED_TRACE(text);
+  const LogSummary s = summarize_log(text, text, true);
+  EXPECT_EQ(s.engine, engine);
+  EXPECT_EQ(summary_line(s), expect);
+  const FinalEnergyLine back = read_final_energy(engine, text);
+  EXPECT_EQ(back.level, s.final_energy.level);
+  EXPECT_EQ(back.hartree, s.final_energy.hartree);
 }
 
 #endif  // GET_INTER_ENER_ENGINE_CASES_H

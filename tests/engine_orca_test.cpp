@@ -58,10 +58,7 @@ TEST(EngineOrca, StatementsAndLevels) {
              "|  7> %geom Scan B 0 1 = 1.0, 2.0, 5 end end\n|  8> %tddft nroots 5 end\n"),
        "0 1 3 H2O PBE0 DEF2-SVP Scan+ES 0 - 0"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    EXPECT_EQ(summary_line(summarize_log(c.text, c.text, true)), c.expect);
-  }
+  for (const auto& c : cases) expect_summary(Engine::orca, c.text, c.expect);
   // A coordinate table cut by the end of a head taken from a longer text is no count.
   const std::string head =
       input("B3LYP", "0 1") + "CARTESIAN COORDINATES (ANGSTROEM)\n---\n  C 0 0 0\n";

@@ -79,14 +79,7 @@ TEST(EngineQchem, StatementsAndLevels) {
            "   SCF failed to converge\n Q-Chem fatal error occurred in module scfman\n",
        "0 0 2 CO B3LYP CC-PVDZ Scan+ES 2 SCF -75.3 failed"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const LogSummary s = summarize_log(c.text, c.text, true);
-    EXPECT_EQ(s.engine, Engine::qchem);
-    EXPECT_EQ(summary_line(s), c.expect);
-    // Read further back, a block gives the same final energy.
-    EXPECT_EQ(read_final_energy(Engine::qchem, c.text).hartree, s.final_energy.hartree);
-  }
+  for (const auto& c : cases) expect_summary(Engine::qchem, c.text, c.expect);
   // An orientation table cut by the end of a head is no count: the echo's atoms are.
   const std::string head = kBanner + echo("method hf\n") + kOrientation.substr(0, 300);
   EXPECT_EQ(summarize_log(head, "", false).atom_count, 3);
