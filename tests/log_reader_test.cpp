@@ -20,8 +20,9 @@ using namespace std::string_literals;
 
 // Compares the counts (entries, entries with the marker) and the search with the reference line
 // reader on `bytes`: in memory, and read from a file backward and forward with blocks of `block`
-// bytes.
-void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 4096) {
+// bytes, keeping `ends` bytes of head and tail (the backward reading searches its tail first).
+void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 4096,
+                                std::size_t ends = 100) {
   const std::vector<std::string> entries = line_reader_entries(bytes);
   const SpEnerResult expected = reference_scan(entries);
   const SpEnerResult got = scan_sp_ener(bytes, 1);
@@ -36,14 +37,14 @@ void expect_same_as_line_reader(const std::string& bytes, std::size_t block = 40
   for (const bool forward : {false, true}) {
     SCOPED_TRACE(forward ? "forward" : "backward");
     errno = EINTR;  // stale: only a failed call's errno may count
-    const LogScan scan = scan_path(path, forward, block, 100);
+    const LogScan scan = scan_path(path, forward, block, ends);
     EXPECT_EQ(scan.status, LogReadStatus::ok);
     EXPECT_EQ(scan.marker_found, expected.status != SpEnerStatus::marker_not_found);
     EXPECT_EQ(scan.energy_entry, expected.line);
     EXPECT_EQ(scan.entry_count, forward ? entries.size() : 0u);
     EXPECT_EQ(scan.marker_count, forward ? markers : 0u);
-    EXPECT_EQ(scan.head, bytes.substr(0, 100));
-    EXPECT_EQ(scan.tail, bytes.substr(bytes.size() - std::min<std::size_t>(bytes.size(), 100)));
+    EXPECT_EQ(scan.head, bytes.substr(0, ends));
+    EXPECT_EQ(scan.tail, bytes.substr(bytes.size() - std::min(bytes.size(), ends)));
     EXPECT_EQ(scan.text_size, bytes.size());
     EXPECT_TRUE(scan.whole_text || scan.marker_found);  // without a marker, all is read
   }
@@ -69,6 +70,9 @@ TEST(LogReader, AgreesWithALineReaderOnEdgeAndRandomTexts) {
   const std::size_t runs[] = {1, 7, 15, 16, 17, 63, 64, 65, 1000, 1015, 1022, 1023, 1024, 2046};
   // Blocks around the pieces and the 1023-character entries put block boundaries everywhere.
   const std::size_t blocks[] = {1, 2, 7, 16, 64, 1022, 1023, 1024, 1025, 4096};
+  // Heads and tails kept, from none to longer than most texts: the backward search starts in
+  // the tail.
+  const std::size_t ends[] = {0, 9, 100, 10000};
   const int descriptors = count_open_descriptors();
   std::mt19937 random(20261121);
   for (int text = 0; text < 3000; ++text) {
@@ -83,7 +87,7 @@ TEST(LogReader, AgreesWithALineReaderOnEdgeAndRandomTexts) {
     }
     const std::size_t block = blocks[random() % std::size(blocks)];
     SCOPED_TRACE(testing::Message() << "text " << text << ", blocks of " << block);
-    expect_same_as_line_reader(bytes, block);
+    expect_same_as_line_reader(bytes, block, ends[text % std::size(ends)]);
     if (HasFailure()) break;
   }
   EXPECT_EQ(count_open_descriptors(), descriptors);  // every file is closed

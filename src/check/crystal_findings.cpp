@@ -351,10 +351,17 @@ void check_run(const FileRow& row, Findings& out) {
     out.add("optimisation-not-converged", Severity::worth_knowing, row.site, row.file,
             "the optimisation did not reach its stationary point: the energy of its last step "
             "is taken");
-  } else if (s.scan || s.dynamics || (!s.optimisation && s.scf_count > 1)) {
+  } else if (s.scan || s.dynamics || (!s.optimisation && (s.scf_count > 1 || s.scf_seen > 1))) {
     const std::string kind = s.scan ? "a scan" : s.dynamics ? "a dynamics run" : "a run";
-    const std::string count =
-        s.scf_count > 0 ? std::to_string(s.scf_count) + " SCF energies" : "several SCF energies";
+    // Where the middle of the text was not read, the SCF energies of its two ends.
+    const std::string count = s.scf_count > 0 ? std::to_string(s.scf_count) + " SCF energies"
+                              : s.scf_seen > 1
+                                  ? format_text(
+                                        "at least %d SCF energies (seen in its first %zu KiB and "
+                                        "last %zu KiB; the %.1f MiB between were not read)",
+                                        s.scf_seen, kHeadBytes / 1024, kTailBytes / 1024,
+                                        static_cast<double>(row.unread_bytes) / (1 << 20))
+                                  : "several SCF energies";
     out.add("several-scf-energies", Severity::worth_knowing, row.site, row.file,
             kind + " with " + count + ": the last one is taken, not a chosen or lowest point");
   }

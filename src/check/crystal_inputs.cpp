@@ -21,11 +21,13 @@ void fill_file_row(const LogScan& scan, FileRow& row) {
   row.read_error = scan.error;
   if (scan.status != LogReadStatus::ok) return;
   const bool size_known = scan.whole_text || scan.text_size > 0;
+  std::string whole;  // the whole text, when head and tail cover it
   if (scan.head.size() < kHeadBytes) {
     row.summary = summarize_log(scan.head, scan.head, true);
+    whole = scan.head;
   } else if (size_known && scan.text_size <= scan.head.size() + scan.tail.size()) {
     const std::size_t rest = static_cast<std::size_t>(scan.text_size) - scan.head.size();
-    const std::string whole = scan.head + scan.tail.substr(scan.tail.size() - rest);
+    whole = scan.head + scan.tail.substr(scan.tail.size() - rest);
     row.summary = summarize_log(whole, whole, true);
   } else {
     row.summary = summarize_log(scan.head, scan.tail, false);
@@ -33,8 +35,21 @@ void fill_file_row(const LogScan& scan, FileRow& row) {
   // The "SCF Done" lines are Gaussian's SCF energies, and what the job reads of any output; the
   // other engines count their own.
   const Engine engine = row.summary.engine;
-  if (scan.markers_counted && (engine == Engine::gaussian || engine == Engine::unknown)) {
-    row.summary.scf_count = static_cast<int>(scan.marker_count);
+  if (engine == Engine::gaussian || engine == Engine::unknown) {
+    if (scan.markers_counted) {
+      row.summary.scf_count = static_cast<int>(scan.marker_count);
+    } else if (!whole.empty() || scan.head.empty()) {
+      row.summary.scf_count = static_cast<int>(count_energy_entries(whole, true));
+    } else {
+      // The whole lines of each end: the head up to its last newline, the tail from its first.
+      const std::string_view head(scan.head.data(), scan.head.rfind('\n') + 1);
+      const std::size_t first = scan.tail.find('\n');
+      const std::string_view tail = std::string_view(scan.tail).substr(
+          first == std::string::npos ? scan.tail.size() : first + 1);
+      row.summary.scf_seen =
+          static_cast<int>(count_energy_entries(head, true) + count_energy_entries(tail, false));
+      row.unread_bytes = scan.text_size - scan.head.size() - scan.tail.size();
+    }
   }
   if (scan.marker_found) {
     const SpEnerResult result = sp_ener_from_line(scan.energy_entry);
@@ -98,18 +113,20 @@ std::vector<std::string> stale_site_tables(int site_count) {
 
 }  // namespace
 
-void read_file_row(FileRow& row) {
+void read_file_row(FileRow& row, OutputReading reading) {
   LogScanOptions options;
   options.head_bytes = kHeadBytes;
   options.tail_bytes = kTailBytes;
-  options.count_markers = true;  // an exact SCF column: every byte is read once, forward
+  // An exact SCF column: every byte is read once, forward; or only where that is done anyway.
+  options.count_markers = reading == OutputReading::whole;
+  options.count_markers_in_passing = true;
   LogScan scan;
   scan_log_file(row.file.c_str(), options, scan);
   fill_file_row(scan, row);
   if (scan.status == LogReadStatus::ok) read_final_energy_further_back(scan, row);
 }
 
-CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {
+CrystalInputs read_crystal(const std::string& batch_name, int engine_code, OutputReading reading) {
   CrystalInputs in;
   in.batch_name = batch_name;
   in.engine_code = engine_code;
@@ -146,7 +163,7 @@ CrystalInputs read_crystal(const std::string& batch_name, int engine_code) {
       row.site = site.site;
       row.role = f;
       row.file = names[f];
-      read_file_row(row);
+      read_file_row(row, reading);
     }
   }
 

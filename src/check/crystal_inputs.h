@@ -5,6 +5,7 @@
 #define GET_INTER_ENER_CRYSTAL_INPUTS_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,14 @@
 constexpr std::size_t kHeadBytes = 32 * 1024;
 constexpr std::size_t kTailBytes = 256 * 1024;
 
+// How much of each output is read. `whole`: every byte once, forward, so that a Gaussian
+// output's "SCF Done" lines are all counted (the check's SCF column). `ends`: the head, the tail
+// and, backwards from the end, the text up to the energy line, as the energy job reads a plain
+// regular file (site_energies); a Gaussian output's SCF energies are then counted where its text
+// was read whole (a compressed stream, a pipe, a file no longer than head and tail), and
+// otherwise only seen in its two ends.
+enum class OutputReading { whole, ends };
+
 // The three roles of a job line's files, in its order.
 constexpr const char* kRoles[3] = {"anion", "cation", "neutral"};
 
@@ -31,6 +40,9 @@ struct FileRow {
   LogReadStatus read = LogReadStatus::ok;
   std::string read_error;  // read_failed: why
   LogSummary summary;
+  // Bytes of the text between its head and tail that were not read (OutputReading::ends), so
+  // not looked at for SCF energies.
+  std::uint64_t unread_bytes = 0;
   SpEnerStatus energy = SpEnerStatus::marker_not_found;  // the energy line the job takes
   std::string energy_line;
   double hartree = 0.0;
@@ -68,19 +80,20 @@ struct CrystalInputs {
 };
 
 // Reads the output `row.file` (its first kHeadBytes and last kTailBytes bytes, its energy line,
-// and the number of its "SCF Done" lines, through the energy job's reader, in one forward
-// reading of every byte) into `row`. The text counts as whole when the head is shorter than
-// asked or head and tail together cover a text of known size.
+// and, as `reading` says, the number of its "SCF Done" lines) through the energy job's reader
+// into `row`. The text counts as whole when the head is shorter than asked or head and tail
+// together cover a text of known size.
 //
 //   a 2 KB output -> the summary of all its text;   a 1 MB output -> of its two ends, and its
-//   exact summary.scf_count either way
-void read_file_row(FileRow& row);
+//   exact summary.scf_count when read whole, else scf_seen in the two ends and unread_bytes
+void read_file_row(FileRow& row, OutputReading reading = OutputReading::whole);
 
 // Reads the batch list `batch_name` from the working directory, each distinct file it names,
 // "neighbor.dat" (checked against the job count), and the names of the site tables already
 // there. Nothing ends the process.
 //
 //   read_crystal("int_ener_files.dat", 1) on the example crystal -> 3 sites, 9 rows
-CrystalInputs read_crystal(const std::string& batch_name, int engine_code);
+CrystalInputs read_crystal(const std::string& batch_name, int engine_code,
+                           OutputReading reading = OutputReading::whole);
 
 #endif  // GET_INTER_ENER_CRYSTAL_INPUTS_H

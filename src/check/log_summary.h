@@ -96,6 +96,9 @@ struct LogSummary {
   // read_file_row()); the other engines: their SCF totals in a text read whole. -1 when they
   // were not counted.
   int scf_count = -1;
+  // Gaussian, when scf_count is -1: the "SCF Done" lines seen in the two ends of the text that
+  // were read, a lower bound.
+  int scf_seen = 0;
   bool optimisation = false;
   bool converged = false;  // an optimisation that found its stationary point
   bool scan = false;

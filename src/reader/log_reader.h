@@ -32,6 +32,9 @@ constexpr std::string_view kEnergyMarker = "SCF Done";
 struct LogScanOptions {
   bool count_entries = false;  // count every entry (reads the whole text)
   bool count_markers = false;  // count the entries that could be the energy line (whole text)
+  // Count them too where the whole text is read forward anyway (a compressed stream, a pipe),
+  // without reading a plain regular file whole for them.
+  bool count_markers_in_passing = false;
   std::size_t head_bytes = 0;  // keep the text's first head_bytes bytes
   std::size_t tail_bytes = 0;  // keep the text's last tail_bytes bytes
   // Bytes asked of the file by each forward read (any size from 1; the backward reading uses

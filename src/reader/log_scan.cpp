@@ -197,6 +197,25 @@ ReadAt scan_run(int fd, std::uint64_t begin, std::uint64_t end, const LogScanOpt
   return ReadAt::done;
 }
 
+// Looks for the energy line among the whole lines of `n` bytes read at `low`, which end where
+// the previous run began (or the file ends): the run starts after their first newline, or at
+// the file's start. Sets `begin` to where the run starts; false when the bytes hold no line
+// start (a line longer than them, not at the file's start).
+bool search_run(const char* p, std::size_t n, std::uint64_t low, std::uint64_t& begin,
+                LogScan& result) {
+  // The newline at the last byte ends the run; the first one before it starts its first line.
+  const void* newline = n > 0 ? std::memchr(p, '\n', n - 1) : nullptr;
+  if (newline == nullptr && low > 0) return false;
+  const std::size_t skip = newline != nullptr ? static_cast<const char*>(newline) - p + 1 : 0;
+  begin = low + skip;
+  std::string_view entry;
+  if (find_energy_entry({p + skip, n - skip}, begin == 0, entry)) {
+    result.marker_found = true;
+    result.energy_entry.assign(entry);
+  }
+  return true;
+}
+
 // Reads the file backward from `size`, as scan_regular_file_backward says, until the file
 // ends early.
 ReadAt read_backward(int fd, std::uint64_t size, const LogScanOptions& options, LogScan& result) {
@@ -207,30 +226,23 @@ ReadAt read_backward(int fd, std::uint64_t size, const LogScanOptions& options, 
   if (read == ReadAt::done) {
     read = read_at(fd, result.tail.data(), result.tail.size(), size - result.tail.size(), result);
   }
-  // Runs of whole lines, from the last back: the last run that holds an energy line holds
-  // the file's last one. A run is the lines that start in a window of the file and end before
-  // the previous run; it is searched where it was read.
+  // Runs of whole lines, from the last back: the last run that holds an energy line holds the
+  // file's last one. The tail kept is the first run, searched where it lies; then each run is
+  // the lines that start in a window of the file before the previous run, searched where it
+  // was read. Nothing is read twice but the start of a line longer than a window.
+  std::uint64_t end = size;
+  if (read == ReadAt::done && !result.tail.empty()) {
+    search_run(result.tail.data(), result.tail.size(), size - result.tail.size(), end, result);
+  }
   std::vector<char> window(std::min(options.block_bytes, kBackwardWindow));
   ForwardScan scan;
-  std::uint64_t end = size;
   while (read == ReadAt::done && end > 0 && !result.marker_found) {
     const std::uint64_t low = end > window.size() ? end - window.size() : 0;
     const auto n = static_cast<std::size_t>(end - low);
     read = read_at(fd, window.data(), n, low, result);
     if (read != ReadAt::done) break;
-    // The newline at end - 1 ends the run; the first one before it starts the run's first line.
-    const void* newline = std::memchr(window.data(), '\n', n - 1);
     std::uint64_t begin = 0;
-    if (newline != nullptr || low == 0) {
-      const std::size_t skip =
-          newline != nullptr ? static_cast<const char*>(newline) - window.data() + 1 : 0;
-      begin = low + skip;
-      std::string_view entry;
-      if (find_energy_entry({window.data() + skip, n - skip}, begin == 0, entry)) {
-        result.marker_found = true;
-        result.energy_entry.assign(entry);
-      }
-    } else {  // a line longer than the window
+    if (!search_run(window.data(), n, low, begin, result)) {  // a line longer than the window
       read = line_start(fd, low, window, begin, result);
       if (read == ReadAt::done) read = scan_run(fd, begin, end, options, scan, result);
       if (read != ReadAt::done) break;
@@ -300,8 +312,13 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
   posix_fadvise(fd, 0, 0, POSIX_FADV_RANDOM);
   const bool counts = options.count_entries || options.count_markers;
   if (S_ISREG(info.st_mode) && !counts && info.st_size > 0) {
-    const off_t window = static_cast<off_t>(std::min(options.block_bytes, kBackwardWindow));
-    posix_fadvise(fd, std::max<off_t>(0, info.st_size - window), window, POSIX_FADV_WILLNEED);
+    // The first read is the tail kept, or the last window.
+    const off_t last = static_cast<off_t>(
+        std::max(options.tail_bytes, std::min(options.block_bytes, kBackwardWindow)));
+    posix_fadvise(fd, std::max<off_t>(0, info.st_size - last), last, POSIX_FADV_WILLNEED);
+    if (options.head_bytes > 0) {
+      posix_fadvise(fd, 0, static_cast<off_t>(options.head_bytes), POSIX_FADV_WILLNEED);
+    }
   }
   ByteSource source;
   if (!open_byte_source(fd, source)) {
@@ -319,6 +336,7 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
       // A plain file smaller than a block is read into a buffer of its size: a small output's
       // buffer is not cleared for nothing (the check reads every output forward).
       LogScanOptions forward = options;
+      forward.count_markers = options.count_markers || options.count_markers_in_passing;
       const bool plain_file = source.format == TextFormat::plain && S_ISREG(info.st_mode);
       if (plain_file) {
         forward.block_bytes = static_cast<std::size_t>(

@@ -94,7 +94,7 @@ int report_crystal(const CrystalResult& result, bool json) {
 // Checks and writes the crystal in the working directory, named `crystal` in what is printed.
 CrystalResult run_crystal(const std::string& crystal, const std::string& batch,
                           const ReadingChoice& choice) {
-  const CrystalInputs inputs = read_crystal(batch, 1);
+  const CrystalInputs inputs = read_crystal(batch, 1, OutputReading::ends);
   CrystalResult result = evaluate_crystal(crystal, inputs, check_crystal(inputs), choice);
   std::string error;
   if (result.refused.empty() && !write_crystal_files(result, inputs.stale_tables, error)) {
