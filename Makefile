@@ -18,6 +18,7 @@ BENCH_MIB ?= 64
 BENCH_COLD_RUNS ?= 5
 BENCH_DATA := $(BENCH_DIR)/data-$(BENCH_MIB)
 BENCH_COLD_DATA := $(BENCH_DIR)/data-cold
+BENCH_REAL_DATA := $(BENCH_DIR)/data-real
 BENCH_TOOL = $(BENCH_DIR)/bench/job_vs_cat $(abspath $(BENCH_DIR))/src/get_inter_ener
 PACKAGE_DIR := $(BUILD_DIR)/packages
 SANITIZE_DIR := $(BUILD_DIR)/sanitize
@@ -82,7 +83,11 @@ fuzz:
 # many-crystals workflow on a generated campaign of 100000 small crystals
 # (build/bench/campaign-100000, kept; about 5 GB), warm cache: its jobs built and the whole
 # campaign on 2 cores; and site_energies against the check on the example crystal, then on a
-# campaign of 10000 (build/bench/campaign-10000, kept) in one process.
+# campaign of 10000 (build/bench/campaign-10000, kept) in one process. Last, crystals of real
+# size (build/bench/data-real, kept; about 8 GB: 40 crystals of 4 sites, 12 outputs of 16 MiB
+# each): site_energies in one process and the check against a shell loop of the job, warm and
+# cold; the check on one of them against the job with -verbose; and the local campaign on 1000
+# of them (hard links to the 40).
 bench:
 	cmake -S . -B $(BENCH_DIR) -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build $(BENCH_DIR) -j $(JOBS)
@@ -112,6 +117,14 @@ bench:
 	$(BENCH_DIR)/bench/site_energies_bench $(abspath $(BENCH_DIR))/src/check_inter_ener \
 	  $(abspath $(BENCH_DIR))/src/site_energies $(BENCH_DIR)/example \
 	  $(abspath $(BENCH_DIR))/campaign-10000/crystals $(BENCH_RUNS)
+	bench/real_size_data.sh $(abspath $(BENCH_DIR))/bench/log_generator $(BENCH_REAL_DATA) 40 1000
+	$(BENCH_DIR)/bench/real_size_crystals $(abspath $(BENCH_DIR))/src/get_inter_ener \
+	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(abspath $(BENCH_DIR))/src/site_energies \
+	  $(BENCH_REAL_DATA) $(BENCH_RUNS) $(BENCH_COLD_RUNS)
+	$(BENCH_DIR)/bench/check_vs_job $(abspath $(BENCH_DIR))/src/get_inter_ener \
+	  $(abspath $(BENCH_DIR))/src/check_inter_ener $(BENCH_REAL_DATA)/c01 $(BENCH_RUNS) 0 \
+	  $(foreach r,a c n,$(foreach s,1 2 3 4,$(r)$(s).log))
+	bench/many_crystals.sh $(BENCH_DIR)/src $(BENCH_REAL_DATA) 1000 3 "" 100
 
 # $(call generate_logs,DIR,MIB,SEEDS,TAIL_KIB): DIR/mol_SEED.log of MIB MiB for each seed,
 # unless there; the last energy line TAIL_KIB before the end (empty: MIB/16).

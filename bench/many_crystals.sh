@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
 # The many-crystals workflow at scale: a generated campaign (kept once made), run through the
 # local profile on 2 cores with a warm page cache.
-#   bench/many_crystals.sh BIN_DIR DATA_DIR [CRYSTALS] [RUNS] [PER_JOB]
-# BIN_DIR holds site_energies; DATA_DIR/campaign-CRYSTALS (default 100000) is generated once.
+#   bench/many_crystals.sh BIN_DIR DATA_DIR [CRYSTALS] [RUNS] [PER_JOB] [GOAL]
+# BIN_DIR holds site_energies; DATA_DIR/campaign-CRYSTALS (default 100000) is generated once,
+# unless it is there (the real-size crystals of bench/real_size_data.sh).
 # Each of RUNS (default 3) runs times, from a campaign without results:
 #   - the jobs built (a dry run: the crystals scanned, the manifests written, the DAG built);
 #   - the whole campaign, end to end (the same, then every batch, the table and the figure);
 #   - the same command again, with nothing to do.
 # PER_JOB sets crystals_per_job (default: the workflow's). Medians; the goals are a DAG built in
-# at most 60 s and at least 1000 crystals a second end to end. Status 1 when one is missed.
+# at most 60 s and at least GOAL (default 1000) crystals a second end to end. Status 1 when one
+# is missed.
 set -euo pipefail
-bin=$(cd "$1" && pwd) data=$2 crystals=${3:-100000} runs=${4:-3} per_job=${5:-}
+bin=$(cd "$1" && pwd) data=$2 crystals=${3:-100000} runs=${4:-3} per_job=${5:-} goal=${6:-1000}
 workflow=$(cd "$(dirname "$0")/../workflows/many-crystals" && pwd)
 campaign=$data/campaign-$crystals
 if [[ ! -d $campaign/crystals ]]; then
@@ -52,7 +54,7 @@ dag_median=$(median "${dag[@]}") whole_median=$(median "${whole[@]}")
 rate=$(awk -v n="$crystals" -v t="$whole_median" 'BEGIN {printf "%.0f", n / t}')
 echo "campaign of $crystals crystals in $campaign, 2 cores, $runs runs, page cache warm:"
 echo "  jobs built (dry run)      median ${dag_median} s (runs: ${dag[*]}); goal at most 60 s"
-echo "  whole campaign            median ${whole_median} s (runs: ${whole[*]}): $rate crystals/s; goal at least 1000"
+echo "  whole campaign            median ${whole_median} s (runs: ${whole[*]}): $rate crystals/s; goal at least $goal"
 echo "  again, nothing to do      median $(median "${nothing[@]}") s (runs: ${nothing[*]})"
-awk -v d="$dag_median" -v r="$rate" 'BEGIN {exit !(d <= 60 && r >= 1000)}' ||
+awk -v d="$dag_median" -v r="$rate" -v g="$goal" 'BEGIN {exit !(d <= 60 && r >= g)}' ||
   { echo "a goal is missed"; exit 1; }
