@@ -223,8 +223,11 @@ ReadAt read_backward(int fd, std::uint64_t size, const LogScanOptions& options, 
   result.head.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, options.head_bytes)));
   result.tail.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, options.tail_bytes)));
   ReadAt read = read_at(fd, result.head.data(), result.head.size(), 0, result);
-  if (read == ReadAt::done) {
-    read = read_at(fd, result.tail.data(), result.tail.size(), size - result.tail.size(), result);
+  const std::uint64_t tail_start = size - result.tail.size();
+  if (read == ReadAt::done && size <= result.head.size()) {
+    result.tail.assign(result.head, static_cast<std::size_t>(tail_start));  // a short file
+  } else if (read == ReadAt::done) {
+    read = read_at(fd, result.tail.data(), result.tail.size(), tail_start, result);
   }
   // Runs of whole lines, from the last back: the last run that holds an energy line holds the
   // file's last one. The tail kept is the first run, searched where it lies; then each run is
@@ -234,9 +237,10 @@ ReadAt read_backward(int fd, std::uint64_t size, const LogScanOptions& options, 
   if (read == ReadAt::done && !result.tail.empty()) {
     search_run(result.tail.data(), result.tail.size(), size - result.tail.size(), end, result);
   }
-  std::vector<char> window(std::min(options.block_bytes, kBackwardWindow));
+  std::vector<char> window;  // allocated when the tail is not enough
   ForwardScan scan;
   while (read == ReadAt::done && end > 0 && !result.marker_found) {
+    window.resize(std::min(options.block_bytes, kBackwardWindow));
     const std::uint64_t low = end > window.size() ? end - window.size() : 0;
     const auto n = static_cast<std::size_t>(end - low);
     read = read_at(fd, window.data(), n, low, result);
