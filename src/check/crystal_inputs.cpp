@@ -90,6 +90,21 @@ void read_final_energy_further_back(const LogScan& scan, FileRow& row) {
   }
 }
 
+// What the reader is asked for each output.
+LogScanOptions scan_options(OutputReading reading) {
+  LogScanOptions options;
+  options.head_bytes = kHeadBytes;
+  options.tail_bytes = kTailBytes;
+  // An exact SCF column: every byte is read once, forward; or only where that is done anyway.
+  options.count_markers = reading == OutputReading::whole;
+  options.count_markers_in_passing = true;
+  return options;
+}
+
+// How many outputs ahead of the one being read the kernel is asked for their ends, so that
+// their reads overlap on a cold disk, in a bounded part of the page cache.
+constexpr std::size_t kPrefetchAhead = 16;
+
 // The names in the working directory of site tables ("EHnn.dat", "ELnn.dat", as the energy job
 // names them) of sites outside 1..site_count.
 std::vector<std::string> stale_site_tables(int site_count) {
@@ -114,12 +129,7 @@ std::vector<std::string> stale_site_tables(int site_count) {
 }  // namespace
 
 void read_file_row(FileRow& row, OutputReading reading) {
-  LogScanOptions options;
-  options.head_bytes = kHeadBytes;
-  options.tail_bytes = kTailBytes;
-  // An exact SCF column: every byte is read once, forward; or only where that is done anyway.
-  options.count_markers = reading == OutputReading::whole;
-  options.count_markers_in_passing = true;
+  const LogScanOptions options = scan_options(reading);
   LogScan scan;
   scan_log_file(row.file.c_str(), options, scan);
   fill_file_row(scan, row);
@@ -163,8 +173,18 @@ CrystalInputs read_crystal(const std::string& batch_name, int engine_code, Outpu
       row.site = site.site;
       row.role = f;
       row.file = names[f];
-      read_file_row(row, reading);
     }
+  }
+  // A whole reading goes through every byte of each file in turn, which the kernel reads ahead.
+  const LogScanOptions options = scan_options(reading);
+  std::size_t prefetched = 0;
+  for (std::size_t r = 0; r < in.rows.size(); ++r) {
+    for (; reading == OutputReading::ends &&
+           prefetched < std::min(in.rows.size(), r + kPrefetchAhead);
+         ++prefetched) {
+      prefetch_file_ends(in.rows[prefetched].file.c_str(), options);
+    }
+    read_file_row(in.rows[r], reading);
   }
 
   in.neighbors_read = true;

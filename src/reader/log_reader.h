@@ -71,6 +71,15 @@ struct LogScan {
 // for.
 void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan& scan);
 
+// Asks the kernel to start reading what a backward reading of `file_name` reads first (the head
+// and tail that `options` keep, or its last window), and returns at once: the reads of the next
+// files then overlap the reading of this one on a cold disk. Only a regular file is opened (a
+// FIFO would wait for a writer); nothing is reported.
+//
+//   prefetch_file_ends("mol1_anion.log", options)  ->  its first 32 KiB and last 256 KiB on their
+//   way
+void prefetch_file_ends(const char* file_name, const LogScanOptions& options);
+
 // The backward reading of a plain regular file, open as `fd` and not yet read (pread alone
 // keeps it at its start), of `size` bytes as it was found on opening. A file that ends before
 // `size` (a sysfs file states 4096 bytes and holds a few; another program may truncate a log)

@@ -257,7 +257,28 @@ ReadAt read_backward(int fd, std::uint64_t size, const LogScanOptions& options, 
   return read;
 }
 
+// Starts the kernel's reads of what the backward reading of a file of `size` bytes reads
+// first: the tail kept or the last window, and the head kept.
+void fetch_ends(int fd, off_t size, const LogScanOptions& options) {
+  if (size <= 0) return;
+  const off_t last = static_cast<off_t>(
+      std::max(options.tail_bytes, std::min(options.block_bytes, kBackwardWindow)));
+  posix_fadvise(fd, std::max<off_t>(0, size - last), last, POSIX_FADV_WILLNEED);
+  if (options.head_bytes > 0) {
+    posix_fadvise(fd, 0, static_cast<off_t>(options.head_bytes), POSIX_FADV_WILLNEED);
+  }
+}
+
 }  // namespace
+
+void prefetch_file_ends(const char* file_name, const LogScanOptions& options) {
+  struct stat info {};
+  if (stat(file_name, &info) != 0 || !S_ISREG(info.st_mode)) return;
+  const int fd = open(file_name, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return;
+  fetch_ends(fd, info.st_size, options);
+  close(fd);
+}
 
 void scan_regular_file_backward(int fd, std::uint64_t size, const LogScanOptions& options,
                                 LogScan& result) {
@@ -315,15 +336,7 @@ void scan_log_file(const char* file_name, const LogScanOptions& options, LogScan
   // be read from its end: that read starts now, beside the header's.
   posix_fadvise(fd, 0, 0, POSIX_FADV_RANDOM);
   const bool counts = options.count_entries || options.count_markers;
-  if (S_ISREG(info.st_mode) && !counts && info.st_size > 0) {
-    // The first read is the tail kept, or the last window.
-    const off_t last = static_cast<off_t>(
-        std::max(options.tail_bytes, std::min(options.block_bytes, kBackwardWindow)));
-    posix_fadvise(fd, std::max<off_t>(0, info.st_size - last), last, POSIX_FADV_WILLNEED);
-    if (options.head_bytes > 0) {
-      posix_fadvise(fd, 0, static_cast<off_t>(options.head_bytes), POSIX_FADV_WILLNEED);
-    }
-  }
+  if (S_ISREG(info.st_mode) && !counts) fetch_ends(fd, info.st_size, options);
   ByteSource source;
   if (!open_byte_source(fd, source)) {
     fail(result, source.error);
