@@ -21,13 +21,15 @@ void fill_file_row(const LogScan& scan, FileRow& row) {
   row.read_error = scan.error;
   if (scan.status != LogReadStatus::ok) return;
   const bool size_known = scan.whole_text || scan.text_size > 0;
-  std::string whole;  // the whole text, when head and tail cover it
+  std::string joined;      // head and the rest of the tail, when they cover the text
+  std::string_view whole;  // the whole text, when it is at hand
   if (scan.head.size() < kHeadBytes) {
-    row.summary = summarize_log(scan.head, scan.head, true);
     whole = scan.head;
+    row.summary = summarize_log(whole, whole, true);
   } else if (size_known && scan.text_size <= scan.head.size() + scan.tail.size()) {
     const std::size_t rest = static_cast<std::size_t>(scan.text_size) - scan.head.size();
-    whole = scan.head + scan.tail.substr(scan.tail.size() - rest);
+    joined = scan.head + scan.tail.substr(scan.tail.size() - rest);
+    whole = joined;
     row.summary = summarize_log(whole, whole, true);
   } else {
     row.summary = summarize_log(scan.head, scan.tail, false);

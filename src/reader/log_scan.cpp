@@ -235,7 +235,7 @@ ReadAt read_backward(int fd, std::uint64_t size, const LogScanOptions& options, 
   // was read. Nothing is read twice but the start of a line longer than a window.
   std::uint64_t end = size;
   if (read == ReadAt::done && !result.tail.empty()) {
-    search_run(result.tail.data(), result.tail.size(), size - result.tail.size(), end, result);
+    search_run(result.tail.data(), result.tail.size(), tail_start, end, result);
   }
   std::vector<char> window;  // allocated when the tail is not enough
   ForwardScan scan;
