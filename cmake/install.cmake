@@ -2,6 +2,8 @@
 #   bin/get_inter_ener                  the tool
 #   bin/check_inter_ener                the check of a run's inputs
 #   bin/site_energies                   checked site energies and disorder of many crystals
+#   bin/make_crystal                    a crystal directory from a structure file (runs the
+#                                       workflow's make_crystal.py)
 #   share/man/man1/get_inter_ener.1     their manual pages
 #   share/man/man1/check_inter_ener.1
 #   share/man/man1/site_energies.1
@@ -27,6 +29,16 @@ install(DIRECTORY workflows/many-crystals DESTINATION ${CMAKE_INSTALL_DATADIR}/$
   PATTERN __pycache__ EXCLUDE PATTERN "*.pyc" EXCLUDE
   PATTERN slurm-status PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
     WORLD_READ WORLD_EXECUTE)
+
+# make_crystal runs the workflow's script where it is installed, found from its own place, so
+# that an installed tree can be moved.
+file(RELATIVE_PATH make_crystal_script ${CMAKE_INSTALL_FULL_BINDIR}
+  ${CMAKE_INSTALL_FULL_DATADIR}/${PROJECT_NAME}/workflows/many-crystals/make_crystal.py)
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/make_crystal CONTENT "#!/bin/sh
+# A crystal directory of the campaign from a structure file: see make_crystal.py's help.
+exec /usr/bin/python3 \"$(dirname \"$0\")/${make_crystal_script}\" \"$@\"
+")
+install(PROGRAMS ${PROJECT_BINARY_DIR}/make_crystal DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 install(TARGETS mmutil EXPORT mmutil INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY lib/include/mmutil DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}

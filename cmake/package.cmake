@@ -21,6 +21,6 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The campaign workflow runs on Snakemake and draws its figures with matplotlib.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "snakemake, python3-matplotlib, slurm-client")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "snakemake, python3-matplotlib, python3-ase, slurm-client")
 
 include(CPack)

@@ -68,13 +68,59 @@ def named_files(batch_list_path):
     return list(dict.fromkeys(word for line in lines[1:] for word in line.split()))
 
 
-def crystal_state(directory, batch_list):
+def run_status(path):
+    """The status file a run of the engine left at `path` (run_engine.py), as a dict; None
+    while the run has not ended, or when the file is not one."""
+    try:
+        with open(path) as source:
+            status = json.load(source)
+        return status if {"outcome", "detail", "output_state"} <= status.keys() else None
+    except (OSError, ValueError, AttributeError):
+        return None
+
+
+def engine_runs(directory):
+    """The runs of the crystal in `directory` (bytes) when make_crystal.py made it: [(status
+    file, output name as bytes, state, status)], `state` what the run's output stands for in
+    the crystal's state: "run" while the output is what the run left (or the run has not
+    ended), its file_state once changed by hand. Snakemake redoes the batch after a run by the
+    status file's time, so a run's output appearing must not change the manifest as well and
+    redo the batch a second time. [] for a crystal of finished outputs."""
+    import make_crystal  # the crystal's record and its files' names are its own
+    record = make_crystal.read_record(directory)
+    if record is None:
+        return []
+    runs = []
+    for stem in record["runs"]:
+        _, output, status_name, _ = make_crystal.run_files(stem, record["settings"]["qc_engine"])
+        status_path = os.path.join(directory, os.fsencode(status_name))
+        status = run_status(status_path)
+        state = file_state(os.path.join(directory, os.fsencode(output)))
+        if status is None or state == (status["output_state"] if status["outcome"] ==
+                                       "ended normally" else "-"):
+            state = "run"
+        runs.append((status_path, os.fsencode(output), state, status))
+    return runs
+
+
+def failed_runs(directory):
+    """The runs of the crystal in `directory` (str) whose engine failed, each as "RUN (what
+    happened)", in the crystal's order. Example: ["site002_cation (ended with status 9)"]"""
+    return ["%s (%s)" % (os.fsdecode(os.path.basename(path))[:-len(".status")], status["detail"])
+            for path, _, _, status in engine_runs(os.fsencode(directory))
+            if status is not None and status["outcome"] == "failed"]
+
+
+def crystal_state(directory, batch_list, runs=()):
     """The state of the crystal in `directory` (bytes): its batch list, its neighbour table
     and every file the batch list names, relative to the directory, each with its
-    file_state. Example: b"int_ener_files.dat 212 ...\\nneighbor.dat ...\\nmol1.log ..." """
+    file_state, or for the output of one of `runs` (engine_runs) the state given there.
+    Example: b"int_ener_files.dat 212 ...\\nneighbor.dat ...\\nmol1.log ..." """
     list_path = os.path.join(directory, batch_list)
     names = [batch_list, NEIGHBOR_LIST] + named_files(list_path)
-    return b"\n".join(n + b" " + file_state(os.path.join(directory, n)).encode() for n in names)
+    given = {output: state for _, output, state, _ in runs}
+    return b"\n".join(n + b" " + (given.get(n) or file_state(os.path.join(directory, n))).encode()
+                      for n in names)
 
 
 def program_state(program):
@@ -123,11 +169,15 @@ def write_manifests(root, results, per_batch, settings):
     root_bytes = os.fsencode(root)
     for batch, crystals in members.items():
         digest = hashlib.sha256()
+        statuses = []
         for name in crystals:
-            digest.update(name + b"\0" + crystal_state(os.path.join(root_bytes, name), list_name))
+            runs = engine_runs(os.path.join(root_bytes, name))
+            statuses += [os.fsdecode(run[0]) for run in runs]
+            digest.update(name + b"\0" + crystal_state(os.path.join(root_bytes, name), list_name,
+                                                       runs))
             digest.update(b"\0")
         manifest = dict(settings, root=root, crystals=[os.fsdecode(n) for n in crystals],
-                        state=digest.hexdigest())
+                        run_statuses=statuses, state=digest.hexdigest())
         write_if_changed(os.path.join(directory, batch + ".manifest"),
                          json.dumps(manifest, indent=0) + "\n")
     # What batches that no longer exist left, and the temporary files of batches that were

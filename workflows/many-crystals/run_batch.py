@@ -24,6 +24,7 @@ import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import campaign_table  # noqa: E402
+import crystal_batches  # noqa: E402
 
 # Crystal names given to one run of the program at most, in bytes: far below the system's
 # limit on a command line.
@@ -128,7 +129,12 @@ def batch_rows(manifest, results, log):
             raise BatchError("site_energies answered for %r where %r was expected" % (
                 result["crystal"], reported_name(names[index])))
         results.write(line + b"\n")
-        rows.append(campaign_table.result_row(name, result))
+        row = campaign_table.result_row(name, result)
+        # A crystal whose engine failed on a run lacks that output: say so before the reason.
+        failed = crystal_batches.failed_runs(os.path.join(manifest["root"], name))
+        if failed:
+            row["reason"] = "engine runs failed: %s; %s" % (", ".join(failed), row["reason"])
+        rows.append(row)
     return rows
 
 
