@@ -134,6 +134,13 @@ os.execvp(sys.argv[1], sys.argv[1:])' snakemake --snakefile "$workflow/Snakefile
     sleep 0.05
   done
   kill "-$signal" -- "-$campaign_pid" 2>/dev/null || true
+  # Snakemake 7 now and then hangs on SIGTERM (a lock its threads wait on): killed after 20 s,
+  # an interruption still.
+  for ((tick = 0; tick < 200; tick++)); do
+    kill -0 "$campaign_pid" 2>/dev/null || break
+    sleep 0.1
+  done
+  kill -KILL -- "-$campaign_pid" 2>/dev/null && echo "SIG$signal: Snakemake still ran 20 s after it"
   { wait "$campaign_pid" || true; } 2>/dev/null
   campaign_pid=
   [[ ! -e $results/crystals.csv ]] || fail "SIG$signal came after the campaign ended"
