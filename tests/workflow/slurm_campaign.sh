@@ -4,10 +4,11 @@
 # generated campaign of 200 crystals, broken ones among them, through each Slurm profile, with
 # USER unset. For each profile one running batch job is cancelled mid-campaign: the campaign
 # must fail, and the same command must then redo that batch alone and write the table expected,
-# byte for byte. Every daemon it started is stopped by its process id on exit, however the test
-# ends.
+# byte for byte. The test runs in a PID namespace of its own, as its first process: however it
+# ends, SIGKILL included, the kernel then kills every process left in it, daemons and jobs alike.
 #   slurm_campaign.sh WORKFLOW_DIR SITE_ENERGIES
-# Status 77 (skipped), saying why, when not root or when Slurm, munge or Snakemake is missing.
+# Status 77 (skipped), saying why, when not root, when Slurm, munge or Snakemake is missing, or
+# when unshare cannot make a PID namespace.
 set -euo pipefail
 workflow=$1 program=$2
 skip() {
@@ -24,42 +25,36 @@ python=$(sed -n '1s/^#! *//p' "$(command -v snakemake)")
 "$python" -c 'import matplotlib' 2>/dev/null ||
   skip "python3-matplotlib is not installed (apt-get install python3-matplotlib)"
 
+# The script again as the first process of a new PID namespace, with its own /proc (which
+# slurmd reads for a job's processes); --kill-child: that process dies with unshare, even by
+# SIGKILL, and the namespace with it.
+if (($$ != 1)) || [[ -z ${SLURM_CAMPAIGN_NAMESPACE:-} ]]; then
+  namespace=(unshare --pid --fork --kill-child --mount-proc)
+  error=$("${namespace[@]}" true 2>&1) || skip "unshare cannot make a PID namespace: $error"
+  SLURM_CAMPAIGN_NAMESPACE=1 exec "${namespace[@]}" "$BASH" "$0" "$@"
+fi
+unset SLURM_CAMPAIGN_NAMESPACE
+# A namespace's first process ignores the signals it does not handle; these end the test as
+# they would elsewhere (unshare, the process started, holds SIGINT and SIGTERM while it waits:
+# Ctrl-C reaches the whole process group, this one too).
+trap 'exit 129' HUP
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
 dir=$(mktemp -d "${TMPDIR:-/tmp}/slurm_campaign_test.XXXXXX")
 # munged, as user munge, must reach its socket inside.
 chmod 755 "$dir"
-munged_pid= slurmctld_pid= slurmd_pid= campaign_pid=
 started=$EPOCHREALTIME
 # Seconds since START (an $EPOCHREALTIME), with DIGITS decimals (none unless given).
 seconds_since() {
   awk -v s="$1" -v n="$EPOCHREALTIME" -v d="${2:-0}" 'BEGIN { printf "%." d "f", n - s }'
 }
-# Stops a daemon by its process id: SIGTERM, then SIGKILL after 10 s.
-stop() {
-  local pid=$1
-  [[ -n $pid ]] || return 0
-  kill -TERM "$pid" 2>/dev/null || return 0
-  for ((tick = 0; tick < 100; tick++)); do
-    kill -0 "$pid" 2>/dev/null || break
-    sleep 0.1
-  done
-  kill -KILL "$pid" 2>/dev/null || true
-  wait "$pid" 2>/dev/null || true
-}
+# On exit: every other process of the namespace (the daemons, the jobs, Snakemake), then the
+# folder they wrote in. Only as the namespace's first process: elsewhere, -1 is every process of
+# the machine.
 cleanup() {
-  [[ -z $campaign_pid ]] || { kill -KILL -- "-$campaign_pid" 2>/dev/null || true; }
-  # A job's processes belong to slurmstepd, which outlives slurmd: cancel the jobs and wait
-  # until the node runs none before the daemons stop.
-  if [[ -n $slurmd_pid ]] && kill -0 "$slurmd_pid" 2>/dev/null; then
-    scancel --full "--user=$(id -un)" 2>/dev/null || true
-    for ((tick = 0; tick < 150; tick++)); do
-      [[ -z $(squeue --noheader 2>/dev/null) ]] &&
-        ! scontrol listpids 2>/dev/null | grep -q '^[0-9]' && break
-      sleep 0.2
-    done
-  fi
-  stop "$slurmd_pid"
-  stop "$slurmctld_pid"
-  stop "$munged_pid"
+  (($$ != 1)) || kill -KILL -- -1 2>/dev/null || true
+  wait 2>/dev/null
   rm -rf "$dir"
 }
 trap cleanup EXIT
@@ -131,9 +126,7 @@ for ((tick = 0; tick < 100; tick++)); do
 done
 [[ -S $dir/munge/munge.socket ]] || fail "munged made no socket in 10 s"
 slurmctld -D -i >"$dir/log/slurmctld.out" 2>&1 &
-slurmctld_pid=$!
 slurmd -D >"$dir/log/slurmd.out" 2>&1 &
-slurmd_pid=$!
 state=
 for ((tick = 0; tick < 300; tick++)); do
   state=$(sinfo --noheader --format=%T 2>/dev/null || true)
@@ -207,7 +200,6 @@ for profile in slurm slurm-sbatch; do
   [[ -n $cancelled ]] || fail "$profile: no running batch job was cancelled within 60 s"
   status=0
   wait "$campaign_pid" || status=$?
-  campaign_pid=
   ((status != 0)) || { cat cancelled.log; fail "$profile: the campaign succeeded with job $cancelled cancelled"; }
   [[ ! -e $results/crystals.csv ]] || fail "$profile: a table despite job $cancelled cancelled"
   grep -Eq "SLURM-job '$cancelled' failed|external: $cancelled," cancelled.log || { cat cancelled.log; fail "$profile: job $cancelled not in the log"; }
@@ -259,7 +251,6 @@ for profile in slurm slurm-sbatch; do
   done
   kill -0 "$campaign_pid" 2>/dev/null && fail "$profile: Snakemake still runs 60 s after Ctrl-C"
   wait "$campaign_pid" || true
-  campaign_pid=
   for ((tick = 0; tick < 100; tick++)); do
     left=$(squeue --noheader --format=%i)
     [[ -n $left ]] || break
