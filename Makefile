@@ -55,7 +55,7 @@ test-sanitize:
 	cmake --build $(SANITIZE_DIR) -j $(JOBS)
 	# The Slurm test runs the same program on the same crystals as the local workflow test,
 	# only through a cluster: a minute and a half that the sanitizers would learn nothing from.
-	ctest --test-dir $(SANITIZE_DIR) --output-on-failure -j $(JOBS) -E '^slurm_campaign$$'
+	ctest --test-dir $(SANITIZE_DIR) --output-on-failure -j $(JOBS) -E '^slurm_campaign'
 
 # Each libFuzzer harness for FUZZ_SECONDS, from the seeds in fuzz/corpus/NAME; what it finds
 # is kept in build/fuzz/corpus/NAME, a crashing input in build/fuzz/NAME-crash-*.
