@@ -212,8 +212,6 @@ def main():
     import molecules
     try:
         settings = crystal_settings(load_config(arguments.configfile, arguments.config))
-        if os.path.isfile(arguments.structure) and os.path.getsize(arguments.structure) == 0:
-            raise molecules.StructureError("is empty")
         record, written = make_crystal(arguments.structure, arguments.directory, settings)
     except (SettingError, OSError, yaml.YAMLError) as error:
         sys.exit("make_crystal: %s" % error)

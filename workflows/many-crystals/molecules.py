@@ -7,6 +7,8 @@ than BOND_SCALE times the sum of their covalent radii, across the cell's faces t
 is a set of bonded atoms, made whole: each atom moved by whole cell vectors next to the atoms
 it is bonded to. Sites are the molecules in the order of their first atom in the file.
 """
+import os
+
 import numpy
 
 # Bonded: closer than this times the sum of the two covalent radii. Covalent bonds lie within
@@ -22,10 +24,12 @@ class StructureError(Exception):
 def read_structure(path):
     """The atoms of the one structure in the file at `path` (format from its name or content,
     as ASE finds it), with its cell periodic in three directions.
-    Raises StructureError for a file ASE cannot read, one holding no atom or several
+    Raises StructureError for an empty file, a file ASE cannot read, one holding no atom or several
     structures, an unknown element, or a cell that does not span three dimensions.
     Example: read_structure("cell.cif") -> Atoms(symbols="C36H24", pbc=True, cell=[...])"""
     import ase.io  # ASE takes a second to load; only a structure needs it
+    if os.path.isfile(path) and os.path.getsize(path) == 0:
+        raise StructureError("is empty")
     try:
         frames = ase.io.read(path, index=":")
     except (FileNotFoundError, PermissionError, IsADirectoryError) as error:
